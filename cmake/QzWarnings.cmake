@@ -10,6 +10,7 @@ endif()
 # What a release build defends itself with.
 add_library(qz_hardening INTERFACE)
 target_compile_options(qz_hardening INTERFACE -fstack-protector-strong
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=."
   $<$<CONFIG:Release,RelWithDebInfo>:-D_GLIBCXX_ASSERTIONS>)
 if(NOT QZTOOLKIT_SANITIZE)
   target_compile_options(qz_hardening INTERFACE
