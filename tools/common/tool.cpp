@@ -1,0 +1,176 @@
+#include "tools/common/tool.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <memory>
+#include <utility>
+
+#include "tools/common/toolerror.h"
+
+namespace QZTools {
+
+using namespace QZSystem;
+
+namespace {
+
+constexpr const char* sharedConfiguration = R"(
+!CATEGORY "Messages and progress" 100
+  !BRIEF What is told on standard error
+  !PARAMETER -progress 1
+    !TYPE string
+    !DEFAULT auto
+    !LEGAL_VALUE auto
+    !LEGAL_VALUE bar
+    !LEGAL_VALUE log
+    !LEGAL_VALUE none
+    !BRIEF How progress is shown
+    !DETAIL
+      auto  a bar on a terminal, else a line every tenth of the work;
+            either only once a run lasts longer than two seconds
+      bar   a bar from the start, wherever standard error goes
+      log   a line every tenth of the work from the start
+      none  nothing
+  !END
+  !PARAMETER -quiet 2
+    !TYPE bool
+    !DEFAULT false
+    !BRIEF Tell errors only
+  !END
+  !PARAMETER -verbose 3
+    !TYPE bool
+    !DEFAULT false
+    !BRIEF Tell more about what is done
+  !END
+!END
+)";
+
+std::atomic<bool> interrupted{false};
+
+extern "C" void onInterrupt(int) { interrupted.store(true, std::memory_order_relaxed); }
+
+// A second Ctrl-C ends the process at once: the first one has put the default action back.
+void installSignals() {
+  struct sigaction action = {};
+  action.sa_handler = onInterrupt;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+  // A reader that goes away shows as a failed write.
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+unsigned int editDistance(const std::string& a, const std::string& b) {
+  std::vector<unsigned int> row(b.size() + 1);
+  for (unsigned int j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    unsigned int diagonal = row[0]++;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const unsigned int change = diagonal + (a[i - 1] == b[j - 1] ? 0U : 1U);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
+    }
+  }
+  return row.back();
+}
+
+int finish(int status) {
+  qzout.flush();
+  return status;
+}
+
+}  // namespace
+
+void CheckInterrupt() {
+  if (interrupted.load(std::memory_order_relaxed)) throw ToolEnd(130);
+}
+
+std::string TextSetting(const QZInterface& settings, const std::string& key) {
+  const QZParameter* parameter = settings.GetParameter(key);
+  if (!parameter) return "";
+  return parameter->GetHasValue(0) ? parameter->GetStringValue(0) : parameter->GetStringDefault(0);
+}
+
+bool FlagSetting(const QZInterface& settings, const std::string& key) {
+  bool value = false;
+  return QZStringToNumber(TextSetting(settings, key), value) && value;
+}
+
+unsigned int CountSetting(const QZInterface& settings, const std::string& key) {
+  unsigned int value = 0;
+  QZStringToNumber(TextSetting(settings, key), value);
+  return value;
+}
+
+std::vector<std::string> NearWords(const std::string& word, const std::vector<std::string>& candidates) {
+  const std::string wanted = QZStringLower(word);
+  std::vector<std::pair<unsigned int, std::string>> ranked;
+  for (const std::string& candidate : candidates) {
+    const std::string lower = QZStringLower(candidate);
+    const bool inside = wanted.size() >= 3 && lower.find(wanted) != std::string::npos;
+    const unsigned int distance = inside ? 1 : editDistance(wanted, lower);
+    if (distance <= std::max<std::size_t>(2, wanted.size() / 3)) ranked.emplace_back(distance, candidate);
+  }
+  std::stable_sort(ranked.begin(), ranked.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::vector<std::string> near;
+  for (std::size_t i = 0; i < ranked.size() && i < 3; ++i) near.push_back(ranked[i].second);
+  return near;
+}
+
+// The handler in force goes on for everything but warnings.
+class WarningKeeper::Handler : public QZErrorHandlerImplBase {
+ public:
+  explicit Handler(const QZErrorHandlerImplBase& other) : QZErrorHandlerImplBase(other), behind(other.CreateCopy()) {}
+  Handler(const Handler& other)
+      : QZErrorHandlerImplBase(other), first(other.first), behind(other.behind->CreateCopy()) {}
+
+  void Msg(unsigned int level, const std::string& text) override {
+    if (level != QZErrorLevel::Warning) {
+      behind->Msg(level, text);
+    } else if (first.empty()) {
+      first = text;
+    }
+  }
+  QZErrorHandlerImplBase* CreateCopy() const override { return new Handler(*this); }
+
+  std::string first;
+
+ private:
+  std::unique_ptr<QZErrorHandlerImplBase> behind;
+};
+
+WarningKeeper::WarningKeeper()
+    : before(QZThrow.GetHandlerImpl()->CreateCopy()), keeper(new Handler(*QZThrow.GetHandlerImpl())) {
+  QZThrow.SetHandlerImpl(keeper, true);
+}
+
+WarningKeeper::~WarningKeeper() { QZThrow.SetHandlerImpl(before, true); }
+
+std::string WarningKeeper::Take() { return std::exchange(keeper->first, {}); }
+
+int RunTool(int argc, char** argv, const std::string& configuration,
+            const std::function<void(QZInterface& settings)>& body) {
+  installSignals();
+  QZInterface settings((configuration + sharedConfiguration).c_str());
+  if (QZCheckHelp(settings, argc, argv, true, argc == 1 ? qzerr : qzout)) {
+    return finish(qzout.flush() ? 0 : 1);
+  }
+  if (!QZParseCommandLine(settings, QZSystemGetRelease(), argc, argv, nullptr, QZErrorLevel::Error, false)) return 1;
+  if (FlagSetting(settings, "-verbose")) QZThrow.SetLevel(QZErrorLevel::Verbose);
+  if (FlagSetting(settings, "-quiet")) QZThrow.SetLevel(QZErrorLevel::Error);
+  try {
+    body(settings);
+  } catch (const ToolEnd& end) {
+    return finish(end.Status());
+  } catch (const ToolError& error) {
+    qzout.flush();
+    QZThrow.Error(std::string(error.what()));
+    return 1;
+  } catch (const std::bad_alloc&) {
+    QZThrow.Error("Out of memory");
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace QZTools
