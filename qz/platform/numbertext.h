@@ -80,11 +80,13 @@ inline constexpr std::size_t QZShortestRoom = 32;
 std::string_view QZPrintShortest(double value, char (&room)[QZShortestRoom]);
 std::string_view QZPrintShortest(float value, char (&room)[QZShortestRoom]);
 
+/// The largest precision of `QZPrintNumber`: beyond it every digit of every double is a zero.
+inline constexpr int QZPrintPrecision = 1100;
+
 /// Replaces `out` by the text that `printf` gives for the format byte "e", "f", "g", "E", "F" or "G" with that
 /// precision in the C locale, exactly rounded, halves to even. A precision below 0 means 6. False, with `out` as it
-/// was, for another format byte, and where `printf` can't print the text, one beyond 2 GiB.
+/// was, for another format byte or a precision above `QZPrintPrecision`.
 bool QZPrintNumber(std::string& out, double value, char format, int precision);
-bool QZPrintNumber(std::string& out, long double value, char format, int precision);
 
 /// `vsnprintf` in the C locale, with the same arguments and result. The calling thread's locale is the C locale
 /// during the call and afterwards what it was before.
