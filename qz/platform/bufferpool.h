@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstring>
+#include <functional>
+
+#include "qz/platform/lock_impl.h"
+
+namespace QZPlatform {
+
+/// A pool of `Count` buffers of `Size` bytes each, with the heap behind it.
+///
+///     QZBoundedCache<32768, 32>& pool = qzstream::GetBufferCache();
+///     unsigned char* block = pool.GetBuffer();
+///     pool.ReleaseBuffer(block);
+///
+/// Safe from any thread, and over a `fork`.
+template <unsigned long Size, unsigned long Count>
+class QZBoundedCache {
+ public:
+  QZBoundedCache() = default;
+  QZBoundedCache(const QZBoundedCache&) = delete;
+  QZBoundedCache& operator=(const QZBoundedCache&) = delete;
+
+  /// Hands out a buffer of `Size` bytes with unspecified content: one of the pool while there are any, else one from
+  /// the heap. Costs one lock; throws `std::bad_alloc`, with the lock released, when the heap is exhausted.
+  [[nodiscard]] unsigned char* GetBuffer();
+
+  /// Takes back what `GetBuffer` handed out: a buffer of the pool is free again, one from the heap is deleted. Null
+  /// does nothing.
+  void ReleaseBuffer(unsigned char* buffer);
+
+ private:
+  static_assert(Size >= sizeof(unsigned char*), "a free buffer holds the link to the next one");
+
+  bool isPooled(const unsigned char* buffer) const {
+    const std::less<const unsigned char*> before;
+    return !before(buffer, block[0]) && before(buffer, block[0] + sizeof block);
+  }
+
+// GCC doesn't know clang's thread-safety attributes.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wattributes"
+  ForkSafeMutex mutex{LockRank::Platform};
+  alignas(64) unsigned char block[Count][Size];
+  unsigned char* free __attribute__((guarded_by(mutex))) = nullptr;  // came back; linked through their first word
+  unsigned long untouched __attribute__((guarded_by(mutex))) = 0;    // from here on never handed out
+#pragma GCC diagnostic pop
+};
+std::mutex mutex;               // guards the three below
+unsigned char* free = nullptr;  // buffers that came back, linked through their first word
+unsigned long untouched = 0;    // the buffers from here on were never handed out
+};
+
+template <unsigned long Size, unsigned long Count>
+unsigned char* QZBoundedCache<Size, Count>::GetBuffer() {
+  {
+    const ForkSafeLock lock(mutex);
+    if (free) {
+      unsigned char* buffer = free;
+      std::memcpy(&free, buffer, sizeof free);
+      return buffer;
+    }
+    if (untouched < Count) return block[untouched++];
+  }
+  return new unsigned char[Size];
+}
+
+template <unsigned long Size, unsigned long Count>
+void QZBoundedCache<Size, Count>::ReleaseBuffer(unsigned char* buffer) {
+  if (!isPooled(buffer)) {
+    delete[] buffer;
+    return;
+  }
+  const ForkSafeLock lock(mutex);
+  std::memcpy(buffer, &free, sizeof free);
+  free = buffer;
+}
+
+}  // namespace QZPlatform
