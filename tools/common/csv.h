@@ -25,8 +25,8 @@ struct CsvCell {
 /// in front of the first row is dropped. A quote inside an unquoted cell is data. One thread at a time.
 class CsvReader {
  public:
-  /// Reads from `in`, which must outlive the reader.
-  CsvReader(QZPlatform::qzistream& in, char delimiter) : in(in), delimiter(delimiter) {}
+  /// Reads from `source`, which must outlive the reader.
+  CsvReader(QZPlatform::qzistream& source, char separator) : in(source), delimiter(separator) {}
 
   /// Delivers the next row; false at the end of the stream. The cells are views into the reader, good until the next
   /// call. Blank lines are passed over unless KeepBlankLines was asked for.
@@ -74,7 +74,7 @@ class CsvReader {
 /// An empty text is written as a pair of quotes, so that it differs from no value. One thread at a time.
 class CsvWriter {
  public:
-  CsvWriter(QZPlatform::qzostream& out, char delimiter) : out(out), delimiter(delimiter) {}
+  CsvWriter(QZPlatform::qzostream& sink, char separator) : out(sink), delimiter(separator) {}
 
   /// Adds a cell, in quotes where it is empty or holds a delimiter, a quote, CR or LF.
   void Cell(std::string_view text);

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qz/dataflow.h"
+
+namespace QZTools {
+
+/// How records stand in a file.
+enum class Format { Csv, Tsv, Json, Binary };
+
+/// The format of a file: `word` ("csv", "tsv", "json", "binary") where it isn't empty, else by the extension of `path`
+/// (.csv .tsv .json .jsonl .qzr). Throws ToolError, naming `option`, where neither tells.
+Format FormatOf(const std::string& path, const std::string& word, const std::string& option);
+
+/// What a reader of tables is told beyond the file itself.
+struct TableOptions {
+  /// Rows that the types of columns are inferred from.
+  unsigned int inferRows = 1000;
+  /// "name:Type,name:Type": types that aren't inferred.
+  std::string types;
+};
+
+/// A stream of records in any format, with the place of the last one for messages.
+///
+///     std::unique_ptr<RecordSource> source = OpenRecords(path, format, {}, progress);
+///     QZRecord record;
+///     while (source->Next(record)) ...
+///
+/// One thread at a time, const operations included.
+class RecordSource {
+ public:
+  virtual ~RecordSource() = default;
+
+  /// Replaces `record` by the next one; false at the end. Throws ToolError, with file, line or record number, column
+  /// and what to do, for input that can't be read; the records before it have been delivered.
+  virtual bool Next(QZDataFlow::QZRecord& record) = 0;
+
+  /// Where the last record stands: "nuclides.csv: line 12 (record 11)", "big.qzr: record 7 (byte 4411)".
+  virtual std::string Place() const = 0;
+
+  /// The fields that every record will have, in the order of the columns, for a table; empty where each record says
+  /// for itself.
+  virtual const std::vector<QZDataFlow::QZFieldBase>& Columns() const = 0;
+};
+
+/// Opens `path` ("-" is standard input) for reading. `progress` is the word of the option -progress; `task` is the name
+/// shown at the bar.
+std::unique_ptr<RecordSource> OpenRecords(const std::string& path, Format format, const TableOptions& options,
+                                          const std::string& progress, const std::string& task);
+
+/// What a format couldn't carry, counted while records were written.
+struct Dropped {
+  unsigned long recordMeta = 0;
+  unsigned long readonlyFlags = 0;
+  unsigned long unknownSections = 0;
+  unsigned long fieldMeta = 0;
+  unsigned long childRecords = 0;
+  unsigned long fields = 0;
+
+  bool Any() const;
+  /// "3 child records, 1 unknown section"
+  std::string Text() const;
+};
+
+/// Takes records in any format. A file appears under its name only when Finish has been called; otherwise nothing is
+/// left of it. One thread at a time.
+class RecordSink {
+ public:
+  virtual ~RecordSink() = default;
+
+  /// Writes one record. Throws ToolError where it can't be written (a full disk), ToolEnd(0) where the reader of
+  /// standard output went away.
+  virtual void Put(const QZDataFlow::QZRecord& record) = 0;
+
+  /// Closes the output and gives it its name.
+  virtual void Finish() = 0;
+
+  /// What has been dropped so far.
+  virtual const Dropped& Losses() const = 0;
+};
+
+/// Opens `path` ("-" is standard output) for writing. `columns` are the columns of a table; where they are empty a
+/// table takes those of the first record.
+std::unique_ptr<RecordSink> CreateRecords(const std::string& path, Format format,
+                                          const std::vector<QZDataFlow::QZFieldBase>& columns);
+
+/// Tells in one line what was dropped, or, with `strict`, throws it as a ToolError. Does nothing where nothing was.
+void ReportLosses(const RecordSink& sink, const std::string& path, bool strict);
+
+}  // namespace QZTools
