@@ -46,10 +46,6 @@ class QZBoundedCache {
   unsigned long untouched __attribute__((guarded_by(mutex))) = 0;    // from here on never handed out
 #pragma GCC diagnostic pop
 };
-std::mutex mutex;               // guards the three below
-unsigned char* free = nullptr;  // buffers that came back, linked through their first word
-unsigned long untouched = 0;    // the buffers from here on were never handed out
-};
 
 template <unsigned long Size, unsigned long Count>
 unsigned char* QZBoundedCache<Size, Count>::GetBuffer() {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 #include "qz/platform/filestream.h"
+
+struct stat;
 
 namespace QZPlatform {
 
@@ -41,11 +45,15 @@ class QZFileReplacement {
   [[nodiscard]] int Error() const { return errorNumber ? errorNumber : out.error(); }
 
  private:
-  bool createBeside();
-  void remove();
+  friend struct ReplacementsUnderWay;
+
+  bool begin();
+  bool createBeside(const struct stat* old);
+  void removeTemporary();
 
   std::string target;     // with links followed
-  std::string temporary;  // "" when the target is written directly, or nothing is left to remove
+  std::string temporary;  // the file beside it; "" when the target is written directly, or nothing is left to remove
+  pid_t process;          // that made it
   qzofstream out;
   int errorNumber = 0;
   bool finished = false;

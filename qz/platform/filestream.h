@@ -14,10 +14,10 @@ namespace QZPlatform {
 ///
 /// One thread at a time. A regular file has a size; a pipe, a device, and a file of size 0 that delivers bytes, as
 /// under /proc, has none: `size()` is 2^64 - 1 and reading goes by what arrives. An interrupted read is repeated.
-class qzifstream final : public qzistream {
+class qzifstream : public qzistream {
  public:
   qzifstream() = default;
-  ~qzifstream() override { _qzclose(); }
+  ~qzifstream() override { qzifstream::_qzclose(); }
 
   /// Reads an open descriptor from its present place on, after closing what is open. With `own` the stream closes
   /// it; otherwise it must outlive the reading. Failure shows as with `open`.
@@ -46,7 +46,7 @@ class qzifstream final : public qzistream {
 ///
 /// One thread at a time. `open` creates the file or truncates it; to replace one only when the new one is whole, use
 /// `QZFileReplacement`. An interrupted or short write goes on. The destructor closes, and then nobody sees a failure.
-class qzofstream final : public qzostream {
+class qzofstream : public qzostream {
  public:
   qzofstream() = default;
   ~qzofstream() override { close(); }

@@ -23,6 +23,8 @@ class qzostream;
 /// count or false, and `failed()` tells them apart. A byte of a filled buffer costs a test and an increment.
 class qzistream : public qzstream {
  public:
+  ~qzistream() override;
+
   // Bytes.
 
   /// The next byte, 0 to 255, or -1 when no byte is left; the end condition holds then.
@@ -125,21 +127,18 @@ class qzistream : public qzstream {
 
  protected:
   qzistream();
-  ~qzistream() override;
 
  private:
   bool refill();
+  bool isCarried() const;
   bool extend();
-  int lookAhead(unsigned long distance);
-  void dropCarried();
+  bool extendTo(unsigned long unread);
   unsigned long readOn(unsigned char* bytes, unsigned long count);
   template <class Bytes>
   unsigned long readGrowing(Bytes& bytes, unsigned long count);
   void skipWhiteSpace();
   template <class T>
-  qzistream& extractInteger(T& value);
-  template <class T>
-  qzistream& extractReal(T& value);
+  qzistream& extract(T& value);
 
   // Unread bytes of earlier blocks with a later block behind them, read as the buffer: a number that is looked at
   // over the end of a block may turn out to end before it. Empty nearly always.

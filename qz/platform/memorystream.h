@@ -40,7 +40,6 @@ class qzisstream : public qzistream {
 
   bool _qzseek(long position) override;
   void _qzclose() override;
-  bool _qzfill() override;
 
  private:
   bool owns = false;                       // the bytes are a copy, in the stream's buffer or in `block`

@@ -19,6 +19,8 @@ namespace QZPlatform {
 /// `flush` and `close` give false, `failed()` and `error()` tell.
 class qzostream : public qzstream {
  public:
+  ~qzostream() override;
+
   /// Takes `count` bytes and returns how many were accepted; anything other than `count` is a failure. Accepted bytes
   /// may wait in the buffer: only `flush` and `close` say that the sink has them.
   unsigned long write(const char* bytes, unsigned long count);
@@ -81,7 +83,6 @@ class qzostream : public qzstream {
  protected:
   qzostream();
   constexpr explicit qzostream(unsigned char* own) : qzstream(own) {}
-  ~qzostream() override;
 
   /// Makes the stream writable from position 0, through its buffer.
   void beginWriting();
