@@ -12,6 +12,9 @@ namespace QZDataFlow::BufferImpl {
 /// announces that many bytes.
 inline constexpr unsigned char kNone = 0x80;
 
+/// Whether a head byte announces the bytes of an integer behind it, 1 to 8 of them, and so isn't a value or a marker.
+constexpr bool IsMeasured(unsigned char head) { return head > kNone && head <= kNone + 8; }
+
 /// "No value" of a float, the bits of a quiet NaN.
 inline constexpr std::uint64_t kNoFloat = 0x7FF80E0000000000;
 

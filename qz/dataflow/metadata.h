@@ -129,19 +129,58 @@ int QZMeta::GetAttribute<int>(unsigned int key, unsigned int index) const;
 /// Const operations may run in parallel; a change needs exclusive access.
 class QZFieldMeta : public QZMeta {
  public:
-  QZFieldMeta& SetOption(unsigned int key) override;
-  QZFieldMeta& SetOptions(const std::vector<unsigned int>& keys) override;
-  QZFieldMeta& RemoveOption(unsigned int key) override;
-  QZFieldMeta& SetAttribute(unsigned int key, const std::string& value) override;
-  QZFieldMeta& SetAttribute(unsigned int key, const double& value) override;
-  QZFieldMeta& SetAttribute(unsigned int key, const int& value) override;
-  QZFieldMeta& AddAttribute(unsigned int key, const std::string& value) override;
-  QZFieldMeta& AddAttribute(unsigned int key, const double& value) override;
-  QZFieldMeta& AddAttribute(unsigned int key, const int& value) override;
-  QZFieldMeta& RemoveAttribute(unsigned int key) override;
-  QZFieldMeta& RemoveAttribute(unsigned int key, const std::string& value) override;
-  QZFieldMeta& RemoveAttribute(unsigned int key, const double& value) override;
-  QZFieldMeta& RemoveAttribute(unsigned int key, const int& value) override;
+  QZFieldMeta& SetOption(unsigned int key) override {
+    QZMeta::SetOption(key);
+    return *this;
+  }
+  QZFieldMeta& SetOptions(const std::vector<unsigned int>& keys) override {
+    QZMeta::SetOptions(keys);
+    return *this;
+  }
+  QZFieldMeta& RemoveOption(unsigned int key) override {
+    QZMeta::RemoveOption(key);
+    return *this;
+  }
+  QZFieldMeta& SetAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& SetAttribute(unsigned int key, const double& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& SetAttribute(unsigned int key, const int& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& AddAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& AddAttribute(unsigned int key, const double& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& AddAttribute(unsigned int key, const int& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& RemoveAttribute(unsigned int key) override {
+    QZMeta::RemoveAttribute(key);
+    return *this;
+  }
+  QZFieldMeta& RemoveAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& RemoveAttribute(unsigned int key, const double& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
+  QZFieldMeta& RemoveAttribute(unsigned int key, const int& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
 
   /// Notes, under a key such as "Relations.ErrorsFor", the name of another field. A key that isn't of a relation, or
   /// doesn't take a string, changes nothing.
@@ -162,19 +201,58 @@ class QZFieldMeta : public QZMeta {
 /// Const operations may run in parallel; a change needs exclusive access.
 class QZRecordMeta : public QZMeta {
  public:
-  QZRecordMeta& SetOption(unsigned int key) override;
-  QZRecordMeta& SetOptions(const std::vector<unsigned int>& keys) override;
-  QZRecordMeta& RemoveOption(unsigned int key) override;
-  QZRecordMeta& SetAttribute(unsigned int key, const std::string& value) override;
-  QZRecordMeta& SetAttribute(unsigned int key, const double& value) override;
-  QZRecordMeta& SetAttribute(unsigned int key, const int& value) override;
-  QZRecordMeta& AddAttribute(unsigned int key, const std::string& value) override;
-  QZRecordMeta& AddAttribute(unsigned int key, const double& value) override;
-  QZRecordMeta& AddAttribute(unsigned int key, const int& value) override;
-  QZRecordMeta& RemoveAttribute(unsigned int key) override;
-  QZRecordMeta& RemoveAttribute(unsigned int key, const std::string& value) override;
-  QZRecordMeta& RemoveAttribute(unsigned int key, const double& value) override;
-  QZRecordMeta& RemoveAttribute(unsigned int key, const int& value) override;
+  QZRecordMeta& SetOption(unsigned int key) override {
+    QZMeta::SetOption(key);
+    return *this;
+  }
+  QZRecordMeta& SetOptions(const std::vector<unsigned int>& keys) override {
+    QZMeta::SetOptions(keys);
+    return *this;
+  }
+  QZRecordMeta& RemoveOption(unsigned int key) override {
+    QZMeta::RemoveOption(key);
+    return *this;
+  }
+  QZRecordMeta& SetAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& SetAttribute(unsigned int key, const double& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& SetAttribute(unsigned int key, const int& value) override {
+    QZMeta::SetAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& AddAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& AddAttribute(unsigned int key, const double& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& AddAttribute(unsigned int key, const int& value) override {
+    QZMeta::AddAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& RemoveAttribute(unsigned int key) override {
+    QZMeta::RemoveAttribute(key);
+    return *this;
+  }
+  QZRecordMeta& RemoveAttribute(unsigned int key, const std::string& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& RemoveAttribute(unsigned int key, const double& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
+  QZRecordMeta& RemoveAttribute(unsigned int key, const int& value) override {
+    QZMeta::RemoveAttribute(key, value);
+    return *this;
+  }
 
   /// The name of a key that a record can have, "Flags.ID", "Flags.Annotation" or "Flags.IsSchema", or empty.
   static std::string GetName(unsigned int key);

@@ -10,6 +10,7 @@ namespace {
 
 constexpr unsigned int kGroupMask = 0xFFFF0000;
 constexpr unsigned int kFamilyMask = 0xFF000000;
+constexpr unsigned int kRelationBits = 0x07000000;
 
 /// Keys that share their upper 16 bits. The names are numbered from 1; an empty one leaves its number unused.
 struct Group {
@@ -123,6 +124,8 @@ bool TakesAttribute<int>(unsigned int key) {
 bool IsOption(unsigned int key) {
   return !TakesAttribute<std::string>(key) && !TakesAttribute<double>(key) && !TakesAttribute<int>(key);
 }
+
+bool IsRelation(unsigned int key) { return (key & kRelationBits) != 0 && TakesAttribute<std::string>(key); }
 
 // Both tables outlive every static object, so that records work in the last destructor too.
 const std::map<unsigned int, std::string>& GetMetaConstants() {

@@ -37,6 +37,9 @@ bool TakesAttribute<int>(unsigned int key);
 
 /// Whether `key` takes no value at all, known or not.
 bool IsOption(unsigned int key);
+/// Whether a value of `key` can be the name of another field: a key that takes a string and shares a bit with those of
+/// "Relations."; the texts of "Annotation." and "Source." pass with them.
+bool IsRelation(unsigned int key);
 
 /// The names of all keys that a field can have, such as "Hints.Chem.SMILES". Made at the first call, never destroyed.
 const std::map<unsigned int, std::string>& GetMetaConstants();

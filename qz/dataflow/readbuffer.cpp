@@ -8,9 +8,6 @@ namespace QZDataFlow {
 
 namespace {
 
-/// Whether the head byte announces the bytes of a value, and so isn't a value or a marker itself.
-bool IsMeasured(unsigned char head) { return head > BufferImpl::kNone && head <= 0x88; }
-
 /// What stands in a stored form for a value whose bytes end early: the marker of its kind.
 std::vector<unsigned char> FormOrNone(const QZByteSlice& slice, void (QZWriteBuffer::*writeNone)()) {
   if (slice.size != 0) return std::vector<unsigned char>(slice.data, slice.data + slice.size);
@@ -68,7 +65,7 @@ QZByteSlice QZReadBuffer::ReadRawSlice<std::string>() {
   bool none;
   ReadText(none);
   // A marker stands as it is; a length that ends early stands for nothing.
-  if (none && (start == cursor || IsMeasured(*start))) return {};
+  if (none && (start == cursor || BufferImpl::IsMeasured(*start))) return {};
   return {start, static_cast<std::size_t>(cursor - start)};
 }
 

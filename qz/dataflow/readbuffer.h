@@ -64,8 +64,10 @@ class QZReadBuffer {
   /// The next blob; empty for none. Throws std::length_error as ReadString does.
   std::vector<unsigned char> ReadBlob(bool& none);
   std::vector<unsigned char> ReadBlob();
-  /// The same bytes without a copy, living as long as those under the buffer.
+  /// The same bytes without a copy, living as long as those under the buffer. The second form doesn't throw: it gives
+  /// false, with `slice` as it was and the cursor behind the length.
   QZByteSlice ReadSlice(bool& none);
+  [[nodiscard]] bool ReadSlice(QZByteSlice& slice, bool& none);
 
   /// ReadInt, ReadFloat, ReadBool or ReadString, chosen by the type: `long`, `double`, `bool` or `std::string`.
   template <class T>
@@ -178,10 +180,25 @@ inline QZByteSlice QZReadBuffer::Take(std::size_t size) {
   return taken;
 }
 
+inline bool QZReadBuffer::ReadSlice(QZByteSlice& slice, bool& none) {
+  const unsigned long length = ReadLength(none);
+  if (length > Remaining()) return false;
+  slice = Take(length);
+  return true;
+}
+
+inline QZByteSlice QZReadBuffer::ReadSlice(bool& none) {
+  QZByteSlice slice;
+  if (!ReadSlice(slice, none)) ThrowLengthError();
+  return slice;
+}
+
 inline std::string_view QZReadBuffer::ReadText(bool& none, unsigned long max) {
   const unsigned long length = ReadLength(none);
-  if (max != 0 && length > max) none = true;
-  if (none) return {};
+  if (max != 0 && length > max) {
+    none = true;
+    return {};
+  }
   if (length > Remaining()) ThrowLengthError();
   const QZByteSlice text = Take(length);
   return {reinterpret_cast<const char*>(text.data), text.size};
@@ -190,11 +207,6 @@ inline std::string_view QZReadBuffer::ReadText(bool& none, unsigned long max) {
 inline std::string QZReadBuffer::ReadString(unsigned long max) {
   bool none;
   return ReadString(none, max);
-}
-
-inline QZByteSlice QZReadBuffer::ReadSlice(bool& none) {
-  const std::string_view text = ReadText(none);
-  return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 inline std::vector<unsigned char> QZReadBuffer::ReadBlob(bool& none) {

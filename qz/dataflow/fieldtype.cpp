@@ -1,0 +1,351 @@
+#include "qz/dataflow/fieldtype.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "qz/dataflow/readbuffer.h"
+#include "qz/system/text/stringnumber.h"
+#include "qz/system/text/tokenize.h"
+
+namespace QZDataFlow {
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr std::array<std::string_view, 15> kKindNames{"Int",    "String",    "Float",    "Blob",       "Bool",
+                                                      "IntVec", "StringVec", "FloatVec", "BlobVec",    "BoolVec",
+                                                      "Record", "RecordVec", "Range",    "JSONObject", "Link"};
+
+// The byte form of a range is text.
+constexpr char kNoBound[] = "null";
+constexpr char kNoLow[] = "1.0";
+constexpr char kNoHigh[] = "-1.0";
+constexpr char kSameBounds[] = "0.0";
+constexpr int kBoundDecimals = 6;
+
+constexpr int kDisplayDecimals = 12;
+
+void PutInt(Bytes& out, long value) {
+  unsigned char form[QZWriteBuffer::kMaxIntSize];
+  out.insert(out.end(), form, form + QZWriteBuffer::EncodeInt(value, form));
+}
+
+void PutFloat(Bytes& out, double value) { QZFieldType<double>::AppendBytes(out, value); }
+
+void PutSized(Bytes& out, const unsigned char* data, std::size_t size) {
+  PutInt(out, static_cast<long>(size));
+  out.insert(out.end(), data, data + size);
+}
+
+// The forms of the elements of a list.
+
+void PutElement(Bytes& out, long value) { PutInt(out, value); }
+void PutElement(Bytes& out, double value) { PutFloat(out, value); }
+void PutElement(Bytes& out, bool value) { out.push_back(value ? 1 : 0); }
+void PutElement(Bytes& out, const Bytes& value) { PutSized(out, value.data(), value.size()); }
+void PutElement(Bytes& out, const std::string& value) {
+  PutSized(out, reinterpret_cast<const unsigned char*>(value.data()), value.size());
+}
+
+template <class T>
+void PutElement(Bytes& out, const std::optional<T>& value) {
+  if (value) {
+    PutElement(out, *value);
+  } else if constexpr (std::is_same_v<T, double>) {
+    double none;
+    std::memcpy(&none, &BufferImpl::kNoFloat, sizeof none);
+    PutFloat(out, none);
+  } else {
+    out.push_back(BufferImpl::kNone);
+  }
+}
+
+// Each reads an element and gives false for one that is cut short.
+
+bool TakeElement(QZReadBuffer& in, long& value, bool& none) {
+  if (!in.IsValid()) return false;
+  const unsigned char head = *in.Position();
+  value = in.ReadInt(none);
+  return !none || !BufferImpl::IsMeasured(head);
+}
+
+bool TakeElement(QZReadBuffer& in, double& value, bool& none) {
+  if (in.Remaining() < sizeof value) return false;
+  value = in.ReadFloat(none);
+  return true;
+}
+
+bool TakeElement(QZReadBuffer& in, bool& value, bool& none) {
+  if (!in.IsValid()) return false;
+  value = in.ReadBool(none);
+  return true;
+}
+
+bool TakeSlice(QZReadBuffer& in, QZByteSlice& slice, bool& none) {
+  if (!in.IsValid()) return false;
+  const unsigned char head = *in.Position();
+  return in.ReadSlice(slice, none) && (!none || !BufferImpl::IsMeasured(head));
+}
+
+bool TakeElement(QZReadBuffer& in, Bytes& value, bool& none) {
+  QZByteSlice slice;
+  if (!TakeSlice(in, slice, none)) return false;
+  value.assign(slice.data, slice.data + slice.size);
+  return true;
+}
+
+bool TakeElement(QZReadBuffer& in, std::string& value, bool& none) {
+  QZByteSlice slice;
+  if (!TakeSlice(in, slice, none)) return false;
+  value.assign(reinterpret_cast<const char*>(slice.data), slice.size);
+  return true;
+}
+
+template <class T>
+void Keep(std::vector<T>& out, T&& value, bool) {
+  out.push_back(std::move(value));
+}
+
+template <class T>
+void Keep(std::vector<std::optional<T>>& out, T&& value, bool none) {
+  if (none) {
+    out.emplace_back();
+  } else {
+    out.emplace_back(std::move(value));
+  }
+}
+
+/// Makes room where elements have a fixed size, by the bytes that are there and not by what the count claims.
+template <class T, class Values>
+void MakeRoom(Values& out, std::size_t count, std::size_t remaining) {
+  if constexpr (std::is_arithmetic_v<T>) {
+    constexpr std::size_t kLeast = std::is_same_v<T, double> ? sizeof(double) : 1;
+    out.reserve(out.size() + std::min(count, remaining / kLeast));
+  }
+}
+
+template <class T, class Values>
+bool TakeList(Values& out, const unsigned char* data, std::size_t size) {
+  QZReadBuffer in(data, size);
+  long count = 0;
+  bool none = false;
+  if (!TakeElement(in, count, none)) return false;
+  if (count < 1) return true;
+  if (static_cast<std::size_t>(count) > in.Remaining()) return false;
+  MakeRoom<T>(out, static_cast<std::size_t>(count), in.Remaining());
+  for (; count > 0; --count) {
+    T value{};
+    if (!TakeElement(in, value, none)) return false;
+    Keep(out, std::move(value), none);
+  }
+  return true;
+}
+
+template <class Values>
+void PutList(Bytes& out, const Values& values) {
+  PutInt(out, static_cast<long>(values.size()));
+  for (const auto& value : values) PutElement(out, value);
+}
+
+/// The elements in their own display form, an absent one as "Null".
+template <class T>
+std::string FormatList(const std::vector<std::optional<T>>& values) {
+  std::string text = "[";
+  for (const std::optional<T>& value : values) {
+    if (text.size() > 1) text += ", ";
+    text += value ? QZFieldType<T>::Format(*value) : "Null";
+  }
+  return text + "]";
+}
+
+std::string BoundText(double bound) {
+  std::string text;
+  QZNumberToString(bound, text, 'f', kBoundDecimals);
+  return text;
+}
+
+/// Reads a bound unless its text stands for none.
+void ReadBound(std::string_view text, double& bound) {
+  if (text != kNoBound) QZStringToNumber(text, bound);
+}
+
+/// Holds an object that is never destroyed, so that it serves the last static destructor too.
+template <class T>
+union Immortal {
+  constexpr Immortal() : object() {}
+  ~Immortal() {}
+  T object;
+};
+
+template <class T>
+Immortal<T> handler;
+
+}  // namespace
+
+QZFieldKind QZGetFieldKind(std::string_view typeName) {
+  const auto found = std::find(kKindNames.begin(), kKindNames.end(), typeName);
+  return static_cast<QZFieldKind>(found - kKindNames.begin());
+}
+
+std::string_view QZGetFieldKindName(QZFieldKind kind) {
+  return kind == QZFieldKind::Other ? std::string_view() : kKindNames[static_cast<std::size_t>(kind)];
+}
+
+namespace Types {
+
+const QZFieldType<long>& Int = handler<QZFieldType<long>>.object;
+const QZFieldType<double>& Float = handler<QZFieldType<double>>.object;
+const QZFieldType<std::string>& String = handler<QZFieldType<std::string>>.object;
+const QZFieldType<bool>& Bool = handler<QZFieldType<bool>>.object;
+const QZFieldType<std::vector<unsigned char>>& Blob = handler<QZFieldType<Bytes>>.object;
+const QZFieldType<QZRange>& Range = handler<QZFieldType<QZRange>>.object;
+const QZFieldType<QZJSONObject>& JSONObject = handler<QZFieldType<QZJSONObject>>.object;
+const QZFieldType<QZLinkObject>& Link = handler<QZFieldType<QZLinkObject>>.object;
+const QZFieldType<QZRecord>& Record = handler<QZFieldType<QZRecord>>.object;
+const QZVectorFieldType<long>& IntVec = handler<QZVectorFieldType<long>>.object;
+const QZVectorFieldType<double>& FloatVec = handler<QZVectorFieldType<double>>.object;
+const QZVectorFieldType<std::string>& StringVec = handler<QZVectorFieldType<std::string>>.object;
+const QZVectorFieldType<bool>& BoolVec = handler<QZVectorFieldType<bool>>.object;
+const QZVectorFieldType<std::vector<unsigned char>>& BlobVec = handler<QZVectorFieldType<Bytes>>.object;
+const QZVectorFieldType<QZRecord>& RecordVec = handler<QZVectorFieldType<QZRecord>>.object;
+
+const QZFieldTypeHandler* GetBuiltIn(QZFieldKind kind) {
+  const std::array<const QZFieldTypeHandler*, kKindNames.size() + 1> inOrder{
+      &Int,     &String,  &Float,  &Blob,      &Bool,  &IntVec,     &StringVec, &FloatVec,
+      &BlobVec, &BoolVec, &Record, &RecordVec, &Range, &JSONObject, &Link,      nullptr};
+  return inOrder[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace Types
+
+template <>
+std::string QZFieldType<long>::Format(const long& value) {
+  return QZNumberToString(value);
+}
+
+template <>
+std::string QZFieldType<double>::Format(const double& value) {
+  if (std::isnan(value)) return "nan";
+  std::string text;
+  QZNumberToString(value, text, 'f', kDisplayDecimals);
+  return text;
+}
+
+template <>
+std::string QZFieldType<bool>::Format(const bool& value) {
+  return value ? "True" : "False";
+}
+
+template <>
+std::string QZFieldType<std::string>::Format(const std::string& value) {
+  return value;
+}
+
+template <>
+std::string QZFieldType<Bytes>::Format(const Bytes& value) {
+  return "<Blob of length " + QZNumberToString(value.size()) + ">";
+}
+
+template <>
+void QZFieldType<QZJSONObject>::AppendBytes(Bytes& out, const QZJSONObject& value) {
+  const std::string& text = value.GetText();
+  out.insert(out.end(), text.begin(), text.end());
+}
+
+template <>
+bool QZFieldType<QZJSONObject>::FromBytes(QZJSONObject& out, const unsigned char* data, std::size_t size) {
+  if (size == 0) return false;
+  out = QZJSONObject(std::string(reinterpret_cast<const char*>(data), size));
+  return true;
+}
+
+template <>
+std::string QZFieldType<QZJSONObject>::Format(const QZJSONObject& value) {
+  return value.GetText();
+}
+
+template <>
+void QZFieldType<QZRange>::AppendBytes(Bytes& out, const QZRange& value) {
+  const bool noLow = value.IsUnboundedLow();
+  const bool noHigh = value.IsUnboundedHigh();
+  const std::string low = noLow ? kNoBound : BoundText(value.low);
+  const std::string high = noHigh ? kNoBound : BoundText(value.high);
+  const char* const direction = noLow == noHigh ? kSameBounds : noLow ? kNoLow : kNoHigh;
+  const std::string text = "[" + low + "," + high + "," + direction + "," + BoundText(value.inclusivity) + "]";
+  out.insert(out.end(), text.begin(), text.end());
+}
+
+template <>
+bool QZFieldType<QZRange>::FromBytes(QZRange& out, const unsigned char* data, std::size_t size) {
+  if (size < 2) return false;
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  std::vector<std::string_view> tokens;
+  QZStringTokenize(tokens, text.substr(1, size - 2), ",");
+  if (tokens.size() != 4) return false;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  double low = -kInfinity, high = kInfinity, direction = 0.0, inclusivity = 0.0;
+  ReadBound(tokens[0], low);
+  ReadBound(tokens[1], high);
+  QZStringToNumber(tokens[2], direction);
+  QZStringToNumber(tokens[3], inclusivity);
+  if (direction < 0) high = kInfinity;
+  if (direction > 0) low = -kInfinity;
+  out = QZRange(std::vector<double>{low, high, inclusivity});
+  return out.IsEmpty() || out.IsValid();
+}
+
+template <>
+std::string QZFieldType<QZRange>::Format(const QZRange& value) {
+  const std::string brackets = value.GetInclusivityString();
+  const auto number = [](double bound) { return QZFieldType<double>::Format(bound); };
+  if (value.IsEmpty()) return "None";
+  if (value.IsUnboundedLow()) return (brackets[1] == ')' ? "<" : "<=") + number(value.high);
+  if (value.IsUnboundedHigh()) return (brackets[0] == '(' ? ">" : ">=") + number(value.low);
+  if (value.low == value.high) return number(value.low);
+  return brackets[0] + number(value.low) + ", " + number(value.high) + brackets[1];
+}
+
+template <class T>
+void QZVectorFieldType<T>::AppendBytes(Bytes& out, const std::vector<T>& values) {
+  PutList(out, values);
+}
+
+template <class T>
+void QZVectorFieldType<T>::AppendBytes(Bytes& out, const std::vector<std::optional<T>>& values) {
+  PutList(out, values);
+}
+
+template <class T>
+bool QZVectorFieldType<T>::FromBytes(std::vector<T>& out, const unsigned char* data, std::size_t size) {
+  return TakeList<T>(out, data, size);
+}
+
+template <class T>
+bool QZVectorFieldType<T>::FromBytes(std::vector<std::optional<T>>& out, const unsigned char* data, std::size_t size) {
+  return TakeList<T>(out, data, size);
+}
+
+template <class T>
+std::string QZVectorFieldType<T>::Format(const std::vector<std::optional<T>>& values) {
+  return FormatList(values);
+}
+
+template class QZFieldType<long>;
+template class QZFieldType<double>;
+template class QZFieldType<std::string>;
+template class QZFieldType<bool>;
+template class QZFieldType<Bytes>;
+template class QZFieldType<QZRange>;
+template class QZFieldType<QZJSONObject>;
+template class QZFieldType<QZRecord>;
+template class QZVectorFieldType<long>;
+template class QZVectorFieldType<double>;
+template class QZVectorFieldType<std::string>;
+template class QZVectorFieldType<bool>;
+template class QZVectorFieldType<Bytes>;
+template class QZVectorFieldType<QZRecord>;
+
+}  // namespace QZDataFlow
