@@ -1,0 +1,159 @@
+#include "qz/system/json/parse.h"
+
+#include <cassert>
+#include <cstring>
+
+#include "qz/system/frame/error.h"
+#include "qz/system/json/check.h"
+#include "qz/system/json/guardedparse_impl.h"
+
+namespace QZSystem {
+
+namespace {
+
+constexpr char kMissing[] = "JSON: missing required attribute, key: %s";
+constexpr char kNotObject[] = "JSON: must be an object type, key: ";
+constexpr char kNotArray[] = "JSON: must be an array type, key: ";
+constexpr char kNotString[] = "JSON: expects type of: string, key: ";
+constexpr char kNotBool[] = "JSON: expects type of: boolean, key: ";
+constexpr char kNotInt[] = "JSON: expects type of: integer, key: ";
+constexpr char kNotUnsigned[] = "JSON: expects type of: unsigned, key: ";
+constexpr char kNotDouble[] = "JSON: expects type of: Double, key: ";
+
+/// Fills a document, in the way of its Populate.
+class DocumentParse {
+ public:
+  DocumentParse(const char* bytes, std::size_t count) : text(bytes), size(count) {}
+
+  bool operator()(rapidjson::Document& handler) {
+    outcome = JSONImpl::GuardedParse(text, size, handler);
+    return outcome.code == rapidjson::kParseErrorNone;
+  }
+
+  JSONImpl::Outcome outcome;
+
+ private:
+  const char* text;
+  std::size_t size;
+};
+
+/// Notes whether the top-level value is an object, and drops everything.
+class CheckHandler {
+ public:
+  bool IsObject() const { return isObject; }
+
+  bool Null() { return Value(); }
+  bool Bool(bool) { return Value(); }
+  bool Int(int) { return Value(); }
+  bool Uint(unsigned) { return Value(); }
+  bool Int64(std::int64_t) { return Value(); }
+  bool Uint64(std::uint64_t) { return Value(); }
+  bool Double(double) { return Value(); }
+  bool String(const char*, rapidjson::SizeType, bool) { return Value(); }
+  bool Key(const char*, rapidjson::SizeType, bool) { return true; }
+  bool StartObject() {
+    if (isFirst) isObject = true;
+    return Value();
+  }
+  bool EndObject(rapidjson::SizeType) { return true; }
+  bool StartArray() { return Value(); }
+  bool EndArray(rapidjson::SizeType) { return true; }
+
+ private:
+  bool Value() {
+    isFirst = false;
+    return true;
+  }
+
+  bool isFirst = true;
+  bool isObject = false;
+};
+
+/// Reads the member that `fits`, with `get`; a member of another kind gives the warning `unfit`.
+template <class T, class Fits, class Get>
+QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool required, const char* unfit, Fits fits,
+                         Get get) {
+  assert(object.IsObject());
+  QZJSONAttr<T> attr;
+  const auto member = object.FindMember(key);
+  if (member == object.MemberEnd()) {
+    attr.error = required;
+    if (required) QZThrow.Warning(kMissing, key);
+    return attr;
+  }
+  attr.found = true;
+  attr.error = !fits(member->value);
+  if (attr.error) {
+    QZThrow.Warning(std::string(unfit) + key);
+  } else {
+    attr.value = get(member->value);
+  }
+  return attr;
+}
+
+}  // namespace
+
+bool JSONParseHelper(rapidjson::Document& document, const char* text, std::size_t size) {
+  document.SetNull();
+  DocumentParse parse(text, size);
+  document.Populate(parse);
+  return JSONImpl::Report(parse.outcome) && JSONImpl::ReportTopLevel(document.IsObject());
+}
+
+bool JSONParseHelper(rapidjson::Document& document, const char* text) {
+  return JSONParseHelper(document, text, std::strlen(text));
+}
+
+bool JSONParseHelper(rapidjson::Document& document, const std::string& text) {
+  return JSONParseHelper(document, text.data(), text.size());
+}
+
+bool JSONCheckHelper(const std::string& text) {
+  CheckHandler handler;
+  return JSONImpl::Report(JSONImpl::GuardedParse(text.data(), text.size(), handler)) &&
+         JSONImpl::ReportTopLevel(handler.IsObject());
+}
+
+QZJSONAttr<rapidjson::Value*> GetJSONObjectAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<rapidjson::Value*>(
+      object, key, required, kNotObject, [](const rapidjson::Value& value) { return value.IsObject(); },
+      [](rapidjson::Value& value) { return &value; });
+}
+
+QZJSONAttr<rapidjson::Value*> GetJSONArrayAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<rapidjson::Value*>(
+      object, key, required, kNotArray, [](const rapidjson::Value& value) { return value.IsArray(); },
+      [](rapidjson::Value& value) { return &value; });
+}
+
+QZJSONAttr<std::string> GetJSONStringAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<std::string>(
+      object, key, required, kNotString, [](const rapidjson::Value& value) { return value.IsString(); },
+      [](const rapidjson::Value& value) { return std::string(value.GetString(), value.GetStringLength()); });
+}
+
+QZJSONAttr<bool> GetJSONBoolAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<bool>(
+      object, key, required, kNotBool, [](const rapidjson::Value& value) { return value.IsBool(); },
+      [](const rapidjson::Value& value) { return value.GetBool(); });
+}
+
+QZJSONAttr<int> GetJSONIntAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<int>(
+      object, key, required, kNotInt, [](const rapidjson::Value& value) { return value.IsInt(); },
+      [](const rapidjson::Value& value) { return value.GetInt(); });
+}
+
+QZJSONAttr<unsigned int> GetJSONUnsignedAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<unsigned int>(
+      object, key, required, kNotUnsigned, [](const rapidjson::Value& value) { return value.IsUint(); },
+      [](const rapidjson::Value& value) { return value.GetUint(); });
+}
+
+QZJSONAttr<double> GetJSONDoubleAttr(rapidjson::Value& object, const char* key, bool required) {
+  return ReadMember<double>(
+      object, key, required, kNotDouble, [](const rapidjson::Value& value) { return value.IsNumber(); },
+      [](const rapidjson::Value& value) { return value.GetDouble(); });
+}
+
+}  // namespace QZSystem
