@@ -1,0 +1,83 @@
+#include "qz/platform/syscalls_impl.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+namespace {
+
+using namespace QZPlatform;
+using SystemCalls::Call;
+using SystemCalls::Fault;
+using SystemCalls::Hook;
+using SystemCalls::ScheduledFault;
+
+TEST(SystemCallsUnit, AScheduleMeetsItsCallAndNoOther) {
+  const ScheduledFault fault(Call::Clock, 2, Fault::Fail(EPERM));
+  struct stat status = {};
+  EXPECT_GE(SystemCalls::Time(), 0);
+  EXPECT_EQ(SystemCalls::Status("/", &status), 0);
+  timespec now = {};
+  EXPECT_EQ(SystemCalls::ReadClock(CLOCK_MONOTONIC, &now), -1);
+  EXPECT_EQ(errno, EPERM);
+  EXPECT_GE(SystemCalls::Time(), 0);
+  EXPECT_EQ(fault.Count(), 3U);
+}
+
+TEST(SystemCallsUnit, AFaultForGoodStaysUntilItsScheduleGoes) {
+  {
+    const ScheduledFault fault(Call::Status, 2, Fault::Fail(EIO), true);
+    struct stat status = {};
+    EXPECT_EQ(SystemCalls::Status("/", &status), 0);
+    for (int n = 0; n != 3; ++n) EXPECT_EQ(SystemCalls::Status("/", &status), -1);
+  }
+  struct stat status = {};
+  EXPECT_EQ(SystemCalls::Status("/", &status), 0);
+}
+
+TEST(SystemCallsUnit, AHookSeesWhichCallComes) {
+  struct Recorder : Hook {
+    Fault On(Call call) override {
+      seen.push_back(call);
+      return Fault::None();
+    }
+    std::vector<Call> seen;
+  } recorder;
+  Hook* const before = SystemCalls::SetHook(&recorder);
+  const int descriptor = SystemCalls::Open("/dev/null", 0);
+  char byte = 0;
+  SystemCalls::Read(descriptor, &byte, 1);
+  SystemCalls::Close(descriptor);
+  EXPECT_EQ(SystemCalls::SetHook(before), &recorder);
+  EXPECT_EQ(recorder.seen, (std::vector<Call>{Call::Open, Call::Read, Call::Close}));
+}
+
+TEST(SystemCallsUnit, AnInterruptedCallIsRepeatedButNotAClose) {
+  const ScheduledFault opens(Call::Open, 1, Fault::Interrupt());
+  const int descriptor = SystemCalls::Open("/dev/null", 0);
+  EXPECT_GE(descriptor, 0);
+  EXPECT_EQ(opens.Count(), 2U);
+  const ScheduledFault closes(Call::Close, 1, Fault::Interrupt());
+  EXPECT_EQ(SystemCalls::Close(descriptor), 0);
+  EXPECT_EQ(closes.Count(), 1U);
+  ::close(descriptor);
+}
+
+TEST(SystemCallsUnit, CallsThatReturnTheirErrorFailInTheirWay) {
+  const ScheduledFault fault(Call::Any, 1, Fault::Fail(EAGAIN), true);
+  pthread_t thread = {};
+  EXPECT_EQ(SystemCalls::CreateThread(&thread, nullptr, nullptr, nullptr), EAGAIN);
+  void* lowest = nullptr;
+  std::size_t size = 0;
+  EXPECT_EQ(SystemCalls::StackBounds(&lowest, &size), EAGAIN);
+  EXPECT_EQ(SystemCalls::Processors(), 0U);
+  EXPECT_FALSE(SystemCalls::IsTerminal(0));
+  EXPECT_EQ(SystemCalls::TerminalColumns(0), 0U);
+  const std::time_t now = 0;
+  std::tm broken = {};
+  EXPECT_EQ(SystemCalls::LocalTime(&now, &broken), nullptr);
+}
+
+}  // namespace
