@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace QZPlatform {
@@ -49,7 +51,7 @@ template <class T>
 unsigned long QZ_io_binary_size(const std::vector<T>& values);
 template <class T>
 unsigned long QZ_io_write_binary(qzostream& out, const std::vector<T>& values);
-/// Clears the vector first. It grows with the elements that arrive; one that is cut short is left out.
+/// Clears the vector first. It grows with the elements that arrive; the one in which the data end is stored as it came.
 template <class T>
 unsigned long QZ_io_read_binary(qzistream& in, std::vector<T>& values);
 template <class T>
@@ -58,7 +60,7 @@ unsigned long QZ_io_write_binary(unsigned char* out, const std::vector<T>& value
 template <class T>
 unsigned long QZ_io_read_binary(const unsigned char* in, std::vector<T>& values);
 
-/// An element count or a length as 4 bytes; the read form gives 0 bytes used, and `count` 0, at an early end.
+/// An element count or a length as 4 bytes. A stream that ends early gives the count 0.
 unsigned long QZ_io_write_count(qzostream& out, std::size_t count);
 unsigned long QZ_io_read_count(qzistream& in, std::uint32_t& count);
 unsigned long QZ_io_write_count(unsigned char* out, std::size_t count);
@@ -91,8 +93,8 @@ unsigned long QZ_io_read_binary(qzistream& in, std::vector<T>& values) {
   while (values.size() < count) {
     T value{};
     const unsigned long read = QZ_io_read_binary(in, value);
+    if (read == 0) break;
     used += read;
-    if (read == 0 || read < QZ_io_binary_size(value)) break;
     values.push_back(std::move(value));
   }
   return used;

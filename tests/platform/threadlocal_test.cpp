@@ -1,0 +1,178 @@
+#include "qz/platform/threadlocal.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <vector>
+
+using QZPlatform::QZThreadLocal;
+
+namespace {
+
+template <class Work>
+void InThread(Work work) {
+  std::thread(work).join();
+}
+
+// Counts the values that are alive.
+struct Live {
+  Live() { ++count; }
+  ~Live() { --count; }
+  Live(const Live&) = delete;
+  Live& operator=(const Live&) = delete;
+  static inline std::atomic<int> count{0};
+};
+
+// A step by step exchange with a thread that stays alive.
+class Turns {
+ public:
+  void Give(int turn) { present.store(turn); }
+  void Await(int turn) const {
+    while (present.load() < turn) std::this_thread::yield();
+  }
+
+ private:
+  std::atomic<int> present{0};
+};
+
+}  // namespace
+
+TEST(QZThreadLocal, EachThreadStartsFromTheDefaultAndSeesItsOwnValue) {
+  QZThreadLocal<std::vector<int>> values;
+  values->push_back(1);
+  InThread([&] {
+    EXPECT_TRUE(values->empty());
+    values->assign(5, 9);
+  });
+  EXPECT_EQ(*values, std::vector<int>{1});
+}
+
+TEST(QZThreadLocal, ManyObjectsKeepTheirValuesApart) {
+  std::vector<QZThreadLocal<int>> values(100);
+  for (int round = 1; round <= 2; ++round) {
+    for (std::size_t each = 0; each < values.size(); ++each) *values[each] += static_cast<int>(each);
+  }
+  for (std::size_t each = 0; each < values.size(); ++each) EXPECT_EQ(*values[each], 2 * static_cast<int>(each)) << each;
+}
+
+TEST(QZThreadLocal, AnObjectAtTheAddressOfAFormerOneStartsAfresh) {
+  std::optional<QZThreadLocal<int>> value;
+  for (int round = 0; round < 50; ++round) {
+    value.emplace();
+    EXPECT_EQ(**value, 0) << "round " << round;
+    **value = 7;
+    value.reset();
+  }
+}
+
+TEST(QZThreadLocal, AThreadThatEndsFreesItsValueAlone) {
+  QZThreadLocal<Live> values;
+  values.Get();
+  InThread([&] {
+    values.Get();
+    EXPECT_EQ(Live::count, 2);
+  });
+  EXPECT_EQ(Live::count, 1);
+}
+
+TEST(QZThreadLocal, AnObjectThatGoesFreesTheValuesOfAllThreads) {
+  auto values = std::make_unique<QZThreadLocal<Live>>();
+  QZThreadLocal<Live> others;
+  Turns turns;
+  std::thread thread([&] {
+    values->Get();
+    turns.Give(1);
+    turns.Await(2);
+    others.Get();  // sweeps what the first object left behind
+  });
+  turns.Await(1);
+  values->Get();
+  EXPECT_EQ(Live::count, 2);
+  values.reset();
+  EXPECT_EQ(Live::count, 0);
+  turns.Give(2);
+  thread.join();
+  EXPECT_EQ(Live::count, 0);
+}
+
+namespace {
+
+// Its values look up values of the same kind while they are made and while they go.
+struct Nested {
+  Nested() {
+    if (inner != nullptr) depth = inner->Get().depth + 1;
+  }
+  ~Nested() {
+    if (last != nullptr) last->Get().depth = depth;
+  }
+  int depth = 0;
+  static inline QZThreadLocal<Nested>* inner = nullptr;
+  static inline QZThreadLocal<Nested>* last = nullptr;
+};
+
+}  // namespace
+
+TEST(QZThreadLocal, AValueMayLookUpOthersWhileItIsMadeAndWhileItGoes) {
+  QZThreadLocal<Nested> outer;
+  QZThreadLocal<Nested> inner;
+  InThread([&] {
+    inner.Get();
+    Nested::inner = &inner;
+    EXPECT_EQ(outer->depth, 1);
+    Nested::inner = nullptr;
+    Nested::last = &outer;  // at the end of the thread
+  });
+  Nested::last = nullptr;
+}
+
+TEST(QZThreadLocal, AConstructorThatThrowsLeavesNothing) {
+  static bool refuse = true;
+  struct Refusing {
+    Refusing() {
+      if (refuse) throw 1;
+    }
+    int value = 3;
+  };
+  QZThreadLocal<Refusing> values;
+  EXPECT_THROW(values.Get(), int);
+  refuse = false;
+  EXPECT_EQ(values->value, 3);
+}
+
+TEST(QZThreadLocalDeathTest, TheMainThreadKeepsItsValuesUntilTheStaticsGo) {
+  EXPECT_EXIT(
+      {
+        static QZThreadLocal<int> value;
+        *value = 7;
+        std::atexit([] { std::fprintf(stderr, "value %d", *value); });
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "value 7");
+}
+
+TEST(QZThreadLocal, ObjectsAndThreadsMayComeAndGoTogether) {
+  for (int round = 0; round < 20; ++round) {
+    auto values = std::make_unique<QZThreadLocal<Live>>();
+    QZThreadLocal<Live> lasting;
+    std::atomic<int> touched{0};
+    std::vector<std::thread> threads;
+    for (int each = 0; each < 4; ++each) {
+      threads.emplace_back([&] {
+        values->Get();
+        ++touched;
+        lasting.Get();  // while the first object goes
+        QZThreadLocal<Live> own;
+        own.Get();
+      });
+    }
+    while (touched < 4) std::this_thread::yield();
+    values.reset();
+    for (std::thread& thread : threads) thread.join();
+  }
+  EXPECT_EQ(Live::count, 0);
+}
