@@ -39,19 +39,19 @@ const bool versionIsRegistered = (QZRegisterVersion(&BuildVersion), true);
 
 std::atomic<unsigned int> users{0};
 
-// Whether QZThrow has the stream implementation and not a class that derives from it, which may do anything with a
-// message: only this very class is known to drop it by the threshold.
-std::atomic<bool> throwIsPlain{false};
+// The calls that are inside the implementation of QZThrow, in all threads and in this one, as long as it is another
+// than the stream implementation.
+std::atomic<bool> callsAreCounted{false};
+std::atomic<unsigned int> callsInside{0};
+thread_local unsigned int ownCallsInside = 0;
 
 // The threshold of the main thread, for the case that another thread ends the process.
 std::atomic<unsigned int> mainThreshold{QZErrorLevel::Info};
 
-// The calls that are inside another implementation of QZThrow, in all threads and in this one.
-std::atomic<unsigned int> callsInside{0};
-thread_local unsigned int ownCallsInside = 0;
-
 bool IsMainThread() { return gettid() == getpid(); }
 
+// A class that derives from the stream implementation may do anything with a message; only this very class is known to
+// drop it by the threshold.
 bool IsPlain(const QZErrorHandlerImplBase& impl) { return typeid(impl) == typeid(QZErrorHandlerStreamImpl); }
 
 // A call that is stuck, writing to a pipe that nobody reads, doesn't keep the process from ending.
@@ -101,15 +101,15 @@ QZThrowUser::~QZThrowUser() {
   QZErrorHandlerImplBase* const former = &QZThrow.Implementation();
   const unsigned int level = IsMainThread() ? former->GetLevel() : mainThreshold.load();
   alignas(AfterTheEnd) static unsigned char memory[sizeof(AfterTheEnd)];
-  const bool wasPlain = throwIsPlain.load();
-  const bool wasOwned = QZThrow.owned;
+  const bool mayBeDeleted = QZThrow.owned && !IsPlain(*former);
   QZThrow.Install(new (memory) AfterTheEnd(*former, level), false);
+  callsAreCounted.store(false);
 
   static QZErrorHandlerImplBase* kept = nullptr;
-  if (wasPlain || !wasOwned || !OthersCameBack()) {
-    kept = former;  // so that a search for leaks finds it
-  } else {
+  if (mayBeDeleted && OthersCameBack()) {
     delete former;
+  } else {
+    kept = former;  // where a search for leaks finds it
   }
   static_cast<void>(kept);
 }
@@ -117,7 +117,7 @@ QZThrowUser::~QZThrowUser() {
 // A call into the implementation of a handler.
 class QZErrorHandler::Use {
  public:
-  explicit Use(const QZErrorHandler& handler) : isCounted(&handler == &QZThrow && !throwIsPlain.load()) {
+  explicit Use(const QZErrorHandler& handler) : isCounted(&handler == &QZThrow && callsAreCounted.load()) {
     if (isCounted) {
       ++callsInside;
       ++ownCallsInside;
@@ -170,8 +170,8 @@ void QZErrorHandler::Install(QZErrorHandlerImplBase* impl, bool own) {
   if (impl == nullptr) impl = new QZErrorHandlerStreamImpl;
   implementation.store(impl);
   if (this != &QZThrow) return;
-  throwIsPlain.store(IsPlain(*impl));
-  CloseErrorGate(throwIsPlain.load());
+  callsAreCounted.store(!IsPlain(*impl));
+  CloseErrorGate(IsPlain(*impl));
   if (IsMainThread()) mainThreshold.store(impl->GetLevel());
 }
 
