@@ -1,0 +1,286 @@
+#include "qz/system/json/parse.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qz/system/json/check.h"
+#include "qz/system/json/guardedparse_impl.h"
+#include "qz/system/json/write.h"
+#include "tests/system/cli/messages.h"
+
+namespace QZSystem {
+namespace {
+
+using JSONImpl::Outcome;
+
+struct NullHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, NullHandler> {};
+
+Outcome Guarded(const std::string& text) {
+  NullHandler handler;
+  return JSONImpl::GuardedParse(text.data(), text.size(), handler);
+}
+
+/// What the library's own recursive parser makes of the text, with NaN and infinities allowed.
+Outcome Plain(const std::string& text) {
+  NullHandler handler;
+  rapidjson::Reader reader;
+  rapidjson::StringStream stream(text.c_str());
+  reader.Parse<rapidjson::kParseNanAndInfFlag>(stream, handler);
+  return {reader.GetParseErrorCode(), reader.GetErrorOffset()};
+}
+
+/// Whether a token begins at `offset` that the library alone takes for a number, such as NaN.2, NInf or Inf1e1.
+bool IsOddNumber(const std::string& text, std::size_t offset) {
+  const std::string characters = "-+.0123456789aefinItyN";
+  std::string token = text.substr(offset, text.find_first_not_of(characters, offset) - offset);
+  if (token.front() == '-') token.erase(0, 1);
+  return (token[0] == 'N' || token[0] == 'I') && token != "NaN" && token != "Inf" && token != "Infinity";
+}
+
+void ExpectPlain(const std::string& text) {
+  const Outcome guarded = Guarded(text);
+  const Outcome plain = Plain(text);
+  if (guarded.code == rapidjson::kParseErrorValueInvalid && IsOddNumber(text, guarded.offset)) return;
+  ASSERT_EQ(guarded.code, plain.code) << text;
+  ASSERT_EQ(guarded.offset, plain.offset) << text;
+}
+
+std::string ParseMessage(const std::string& text) {
+  Messages messages;
+  rapidjson::Document document;
+  const bool parsed = JSONParseHelper(document, text);
+  const std::string message = messages.Take();
+  EXPECT_EQ(parsed, message.empty()) << text;
+  EXPECT_EQ(JSONCheckHelper(text), parsed) << text;
+  EXPECT_EQ(messages.Take(), message) << text;
+  return message;
+}
+
+std::string Repeat(const std::string& text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+const std::string& Sample() {
+  static const std::string text =
+      R"( {"name" : "a\"\\\/\b\u00e9\ud83d\ude00é","list":[1,-2, 3.25e-2,true , false,null,[],{}],)"
+      R"("big":-9223372036854775808,"words":[NaN,-Inf,Infinity],"x":{"y":18446744073709551616}} )";
+  return text;
+}
+
+TEST(JSONParse, EveryShortTextEndsAsInThePlainParser) {
+  const std::string alphabet = "{}[],:\"\\1-.eN ";
+  for (std::size_t length = 0; length <= 4; ++length) {
+    std::vector<std::size_t> digits(length, 0);
+    for (std::size_t i = 0; i <= digits.size();) {
+      std::string text;
+      for (const std::size_t digit : digits) text += alphabet[digit];
+      ASSERT_NO_FATAL_FAILURE(ExpectPlain(text));
+      for (i = 0; i < length && ++digits[i] == alphabet.size(); ++i) digits[i] = 0;
+      if (i == length) break;
+    }
+  }
+}
+
+TEST(JSONParse, EveryCutAndEveryFlipEndsAsInThePlainParser) {
+  const std::string& sample = Sample();
+  ASSERT_EQ(Guarded(sample).code, rapidjson::kParseErrorNone);
+  for (std::size_t i = 0; i <= sample.size(); ++i) ASSERT_NO_FATAL_FAILURE(ExpectPlain(sample.substr(0, i)));
+  for (std::size_t i = 0; i < sample.size(); ++i) {
+    for (int byte = 1; byte < 256; ++byte) {
+      std::string text = sample;
+      text[i] = static_cast<char>(byte);
+      ASSERT_NO_FATAL_FAILURE(ExpectPlain(text));
+    }
+  }
+}
+
+TEST(JSONParse, MessagesTellOffsetAndReason) {
+  const std::string deep = Repeat("[", 1023);
+  const struct {
+    std::string text, message;
+  } cases[] = {
+      {"{}", ""},
+      {" {\"a\":[1]}\n", ""},
+      {"", "JSON: parse error offset 0: The document is empty."},
+      {"]", "JSON: parse error offset 0: Invalid value."},
+      {"{} x", "JSON: parse error offset 3: The document root must not be followed by other values."},
+      {std::string("{}\0x", 4), "JSON: parse error offset 2: The document root must not be followed by other values."},
+      {std::string("{\"a\0\":1}", 8), "JSON: parse error offset 3: Missing a closing quotation mark in string."},
+      {"{\"a\":1e999}", "JSON: parse error offset 5: Number too big to be stored in double."},
+      {"{\"a\":NaN.2e2}", "JSON: parse error offset 5: Invalid value."},
+      {"{\"a\":-Inf.5}", "JSON: parse error offset 5: Invalid value."},
+      {"{\"a\":NaInf}", "JSON: parse error offset 5: Invalid value."},
+      {"{\"a\":Infinitz}", "JSON: parse error offset 12: Invalid value."},
+      {"[1]", "JSON: Top level document must be an object"},
+      {"NaN", "JSON: Top level document must be an object"},
+      {"{\"a\":" + deep + Repeat("]", 1023) + "}", ""},
+      {"{\"a\":" + deep + "[", "JSON: parse error offset 1028: Terminate parsing due to Handler error."},
+      {"{\"a\":" + deep + "{", "JSON: parse error offset 1028: Terminate parsing due to Handler error."},
+      {"{\"a\":NaN.1," + deep + "[", "JSON: parse error offset 5: Invalid value."},
+      {"{\"a\" " + deep + "[", "JSON: parse error offset 5: Missing a colon after a name of object member."},
+      {"{\"a\":[" + Repeat("[],", 5000) + "1]}", ""},
+  };
+  for (const auto& [text, message] : cases) {
+    EXPECT_EQ(ParseMessage(text), message.empty() ? "" : "Warning: " + message + "\n") << text.substr(0, 100);
+  }
+}
+
+TEST(JSONParse, LongExponentsAreTamedAndStringsLeftAlone) {
+  const struct {
+    std::string number;
+    double value;
+  } cases[] = {
+      {"0.00000000001e-2147483639", 0.0},
+      {"1e-99999999999999999999", 0.0},
+      {"-5E-2147483648", -0.0},
+      {"123e-00000000000000000002", 1.23},
+      {"1e-324", 0.0},
+      {"4.9e-324", std::numeric_limits<double>::denorm_min()},
+      {"0." + std::string(400, '0') + "1", 0.0},
+      {"0." + std::string(400, '0') + "1e401", 1.0},
+      {"1.7976931348623157e308", std::numeric_limits<double>::max()},
+  };
+  for (const auto& [number, value] : cases) {
+    const std::string text = R"({"s":"\"1e-99999999999","n":)" + number + "}";
+    rapidjson::Document document;
+    ASSERT_TRUE(JSONParseHelper(document, text)) << text;
+    EXPECT_STREQ(document["s"].GetString(), "\"1e-99999999999") << text;
+    EXPECT_EQ(document["n"].GetDouble(), value) << text;
+    EXPECT_EQ(std::signbit(document["n"].GetDouble()), std::signbit(value)) << text;
+  }
+}
+
+TEST(JSONParse, EveryDoubleComesBackFromItsText) {
+  std::mt19937_64 random(7);
+  rapidjson::Document written(rapidjson::kObjectType);
+  std::vector<double> values{0.1, 5e-324, 2.2250738585072014e-308, 1e22, 9007199254740993.0, -0.0};
+  for (int i = 0; i < 20000; ++i) {
+    const std::uint64_t bits = random();
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    if (std::isfinite(value)) values.push_back(value);
+  }
+  rapidjson::Value list(rapidjson::kArrayType);
+  for (const double value : values) list.PushBack(value, written.GetAllocator());
+  written.AddMember("list", list, written.GetAllocator());
+  rapidjson::Document read;
+  ASSERT_TRUE(JSONParseHelper(read, QZJSONText(written)));
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    ASSERT_EQ(read["list"][static_cast<rapidjson::SizeType>(i)].GetDouble(), values[i]);
+  }
+}
+
+TEST(JSONParse, DepthTakesNoStack) {
+  const auto run = [](void* result) -> void* {
+    const std::string open = "{\"a\":" + Repeat("[{\"b\":", 511) + "[";
+    const std::string whole = open + "]" + Repeat("}]", 511) + "}";
+    rapidjson::Document document;
+    const bool kept = JSONParseHelper(document, whole) && QZJSONText(document) == whole;
+    *static_cast<bool*>(result) = kept && !JSONCheckHelper(Repeat("[", 100000));
+    return result;
+  };
+  Messages messages;
+  bool result = false;
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 256 * 1024);
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &result), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  EXPECT_TRUE(result);
+  EXPECT_EQ(messages.Take(), "Warning: JSON: parse error offset 1024: Terminate parsing due to Handler error.\n");
+}
+
+TEST(JSONText, IsCompactAndKeepsOrderAndWords) {
+  const struct {
+    const char *text, *compact;
+  } cases[] = {
+      {"{ }", "{}"},
+      {R"({"b" : [ ], "a": {"c":[ 1, [2,{ }],"x" ] }, "b":null})", R"({"b":[],"a":{"c":[1,[2,{}],"x"]},"b":null})"},
+      {R"({"n":[NaN, Inf, -Infinity, 1.0, 1e30, -0.0, 18446744073709551615]})",
+       R"({"n":[NaN,Infinity,-Infinity,1.0,1e30,-0.0,18446744073709551615]})"},
+      {R"({"s":"\u00e9\n\u0001\/\"","a\u0000b":true})", "{\"s\":\"\xc3\xa9\\n\\u0001/\\\"\",\"a\\u0000b\":true}"},
+  };
+  for (const auto& [text, compact] : cases) {
+    rapidjson::Document document;
+    ASSERT_TRUE(JSONParseHelper(document, text)) << text;
+    EXPECT_EQ(QZJSONText(document), compact) << text;
+  }
+}
+
+/// "found error" and the value where there is one, and the message.
+template <class T>
+std::string Describe(const QZJSONAttr<T>& attr, const std::string& value, Messages& messages) {
+  return std::string(attr.found ? "found " : "") + (attr.error ? "error " : "") +
+         (attr.found && !attr.error ? value : "") + messages.Take();
+}
+
+std::string ReadAs(const std::string& kind, rapidjson::Value& object, const char* key, bool required) {
+  Messages messages;
+  const auto read = [&](auto get, auto text) {
+    const auto attr = get(object, key, required);
+    return Describe(attr, attr.found && !attr.error ? text(attr.value) : std::string(), messages);
+  };
+  const auto number = [](auto value) { return std::to_string(value); };
+  const auto nested = [](rapidjson::Value* value) { return QZJSONText(*value); };
+  if (kind == "object") return read(GetJSONObjectAttr, nested);
+  if (kind == "array") return read(GetJSONArrayAttr, nested);
+  if (kind == "string") return read(GetJSONStringAttr, [](const std::string& value) { return value; });
+  if (kind == "bool") return read(GetJSONBoolAttr, number);
+  if (kind == "int") return read(GetJSONIntAttr, number);
+  if (kind == "unsigned") return read(GetJSONUnsignedAttr, number);
+  return read(GetJSONDoubleAttr, number);
+}
+
+TEST(JSONMember, ReadersTellFoundErrorValueAndMessage) {
+  rapidjson::Document object;
+  ASSERT_TRUE(JSONParseHelper(object, R"({"o":{"a":1},"l":[2],"s":"x\u0000y","t":true,"min":-2147483648,
+      "max":2147483647,"over":2147483648,"umax":4294967295,"uover":4294967296,"one":1.0,"exp":1e2,"nan":NaN,"nul":null,
+      "twice":1,"twice":"second"})"));
+  const struct {
+    const char *kind, *key, *expected;
+  } cases[] = {
+      {"object", "o", "found {\"a\":1}"},
+      {"object", "l", "found error Warning: JSON: must be an object type, key: l\n"},
+      {"array", "l", "found [2]"},
+      {"array", "o", "found error Warning: JSON: must be an array type, key: o\n"},
+      {"string", "t", "found error Warning: JSON: expects type of: string, key: t\n"},
+      {"bool", "t", "found 1"},
+      {"bool", "nul", "found error Warning: JSON: expects type of: boolean, key: nul\n"},
+      {"int", "min", "found -2147483648"},
+      {"int", "max", "found 2147483647"},
+      {"int", "over", "found error Warning: JSON: expects type of: integer, key: over\n"},
+      {"int", "one", "found error Warning: JSON: expects type of: integer, key: one\n"},
+      {"int", "exp", "found error Warning: JSON: expects type of: integer, key: exp\n"},
+      {"int", "twice", "found 1"},
+      {"unsigned", "umax", "found 4294967295"},
+      {"unsigned", "min", "found error Warning: JSON: expects type of: unsigned, key: min\n"},
+      {"unsigned", "uover", "found error Warning: JSON: expects type of: unsigned, key: uover\n"},
+      {"double", "max", "found 2147483647.000000"},
+      {"double", "nan", "found nan"},
+      {"double", "s", "found error Warning: JSON: expects type of: Double, key: s\n"},
+  };
+  for (const auto& [kind, key, expected] : cases) EXPECT_EQ(ReadAs(kind, object, key, true), expected) << key;
+  EXPECT_EQ(ReadAs("string", object, "s", true), "found " + std::string("x\0y", 3));
+}
+
+TEST(JSONMember, AbsentIsAnErrorOnlyWhenRequired) {
+  rapidjson::Document object;
+  ASSERT_TRUE(JSONParseHelper(object, "{}"));
+  for (const char* kind : {"object", "array", "string", "bool", "int", "unsigned", "double"}) {
+    EXPECT_EQ(ReadAs(kind, object, "k", true), "error Warning: JSON: missing required attribute, key: k\n") << kind;
+    EXPECT_EQ(ReadAs(kind, object, "k", false), "") << kind;
+  }
+}
+
+}  // namespace
+}  // namespace QZSystem
