@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "qz/system/cli/help.h"
 #include "qz/system/cli/interface_impl.h"
 #include "qz/system/cli/keytable_impl.h"
 #include "qz/system/cli/parsevalues_impl.h"
@@ -13,8 +14,6 @@
 #include "qz/system/cli/typedparameter.h"
 
 namespace QZSystem {
-
-bool QZCheckHelp(const QZInterface& itf, int argc, char** argv, bool noArguments, qzostream& out);
 
 namespace {
 
@@ -198,12 +197,12 @@ class CommandLine {
   bool HasNext() const { return at < argc; }
 
   /// The next argument, which stays so. The text lives until the next call.
-  const std::string& Next() { return next.assign(argv[at]); }
+  const std::string& Next() { return text.assign(argv[at]); }
 
   std::string Together(int from, int to) const {
-    std::string text;
-    for (int i = from; i < to; ++i) text += argv[i];
-    return text;
+    std::string all;
+    for (int i = from; i < to; ++i) all += argv[i];
+    return all;
   }
 
   const KeyTable keys;
@@ -212,7 +211,7 @@ class CommandLine {
   char** const argv;
   const unsigned int level;
   int at = 1;
-  std::string next;
+  std::string text;
   std::vector<std::string> words;
   std::vector<QZParameter*> unset;
   std::vector<QZParameter*> parameterFiles;
