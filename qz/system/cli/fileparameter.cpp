@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "qz/platform/file.h"
 #include "qz/platform/filestream.h"
@@ -20,19 +21,26 @@ using ContentsIter = QZSTLIter<ConstIterGuts<std::deque<qzisstream>>>;
 // The size of a source that has none.
 constexpr unsigned long unknownSize = std::numeric_limits<unsigned long>::max();
 
-// All bytes of a file: those of its size, or, where the source has none, those that arrive. False if it doesn't open,
-// if nothing or less than the size arrives, or if the bytes don't fit into memory.
-bool readWhole(const std::string& path, std::string& contents) try {
+struct Contents {
+  std::string bytes;
+  bool whole = false;
+};
+
+// The bytes of a file: as many as its size says, or, where the source has none, all that arrive. None if it doesn't
+// open, or if they don't fit into memory.
+Contents readFile(const std::string& path) try {
+  Contents contents;
   qzifstream in;
   in.open(path);
-  if (in.eof()) return false;
+  if (in.eof()) return contents;
   const unsigned long size = in.size();
-  const unsigned long count = in.readclaimed(contents, size);
-  return count != 0 && (count == size || size == unknownSize);
+  const unsigned long count = in.readclaimed(contents.bytes, size);
+  contents.whole = count != 0 && (count == size || size == unknownSize);
+  return contents;
 } catch (const std::bad_alloc&) {
-  return false;
+  return {};
 } catch (const std::length_error&) {
-  return false;
+  return {};
 }
 
 }  // namespace
@@ -80,10 +88,9 @@ QZIterBase<const qzisstream>* QZFileParameter::GetDefaults() const { return new 
 bool QZFileParameter::IsLegal(const qzisstream&) const { return true; }
 
 bool QZFileParameter::GetTypedValue(qzisstream& value, const std::string& path) const {
-  std::string contents;
-  if (!readWhole(path, contents)) return false;
-  value.set(contents);
-  return true;
+  const Contents contents = readFile(path);
+  if (contents.whole) value.set(contents.bytes);
+  return contents.whole;
 }
 
 bool QZFileParameter::GetString(std::string&, const qzisstream&) const { return false; }
@@ -120,9 +127,9 @@ bool QZStringExtParameter::GetTypedValue(std::string& value, const std::string& 
     value = text;
     return true;
   }
-  std::string contents;
-  if (!readWhole(text, contents)) return false;
-  value = std::move(contents);
+  Contents contents = readFile(text);
+  if (contents.bytes.empty()) return false;
+  value = std::move(contents.bytes);
   return true;
 }
 

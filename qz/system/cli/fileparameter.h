@@ -15,7 +15,8 @@ namespace QZSystem {
 ///       for (std::string line; contents.getline(line);) qzout << line << qzendl;
 ///
 /// Every path is legal; a file that can't be opened, is empty or comes short fails to load. It has no limits: adding
-/// one gives false. Const operations may run in parallel; a change needs exclusive access.
+/// one gives false. A typed write keeps a copy of the stream, and a stream that reads a block in place goes on doing
+/// so. Const operations may run in parallel; a change needs exclusive access.
 class QZFileParameter : public QZTypedParameter<qzisstream> {
  public:
   QZFileParameter() = default;

@@ -64,8 +64,15 @@ class QZSimpleFactory {
  private:
   using Worker = std::shared_ptr<const QZFactoryWorkerBase<T>>;
 
+  static constexpr char unknownWord[] = "QZSimpleFactory.  Unknown classid %s";
+  static constexpr char nullWorker[] = "NULL pointer in Factory Registry";
+
+// GCC doesn't know clang's thread-safety attributes.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wattributes"
   mutable ForkSafeMutex mutex{LockRank::Service};
-  std::map<Key, Worker> workers;
+  std::map<Key, Worker> workers __attribute__((guarded_by(mutex)));
+#pragma GCC diagnostic pop
 };
 
 template <class Key, class T>
@@ -88,11 +95,11 @@ T* QZSimpleFactory<Key, T>::Construct(const Key& classid) const {
     if (known) worker = found->second;
   }
   if (!known) {
-    QZThrow.Warning("QZSimpleFactory.  Unknown classid %s", classid.c_str());
+    QZThrow.Warning(unknownWord, classid.c_str());
     return nullptr;
   }
   if (!worker) {
-    QZThrow.Error("NULL pointer in Factory Registry");
+    QZThrow.Error(nullWorker);
     return nullptr;
   }
   return worker->Construct();

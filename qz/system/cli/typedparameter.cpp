@@ -20,10 +20,9 @@ constexpr char badLegalValue[] = "Cannot interpret legal value %s, of parameter 
 constexpr char badIllegalRange[] = "Invalid illegal range for parameter %s is (%s to %s)";
 constexpr char badLegalRange[] = "Invalid legal range for parameter %s is (%s to %s)";
 
-// The plain conversion of a text; on failure a number is 0 and a bool false.
+// The plain conversion of a text; on failure a number is 0 and a bool stays.
 template <class T>
 bool convert(const std::string& text, T& value) {
-  value = T{};
   return QZStringToNumber(text, value);
 }
 

@@ -217,11 +217,11 @@ TEST_F(FileKinds, AFileIsReadWholeWhenItIsLoaded) {
 TEST_F(FileKinds, WhatCantBeReadFailsToLoadAndLeavesNothingSet) {
   for (const std::string& name : {path("empty"), path("missing"), folder, std::string(), std::string("/dev/null")}) {
     QZFileParameter p("-f");
-    EXPECT_TRUE(p.IsLegalString(name) && p.SetStringDefault(path("full")) && p.Load());
-    EXPECT_TRUE(p.SetStringValue(path("full")) && p.AddStringValue(name));
+    EXPECT_TRUE(p.IsLegalString(name) && p.SetStringValue(path("full")) && p.Load());
+    EXPECT_TRUE(p.AddStringValue(name) && p.SetStringDefault(path("full")));
     EXPECT_FALSE(p.Load()) << name;
     EXPECT_FALSE(p.GetHasValue(0)) << name;
-    EXPECT_TRUE(p.GetHasDefault(0)) << "the defaults aren't loaded when the values fail";
+    EXPECT_FALSE(p.GetHasDefault(0)) << "the defaults are not loaded when the values fail";
     EXPECT_EQ(p.GetStringValue(1), name);
   }
   EXPECT_EQ(messages.Take(), "");
