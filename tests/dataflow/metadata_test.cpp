@@ -1,0 +1,232 @@
+#include "qz/dataflow/metadata.h"
+
+#include <gtest/gtest.h>
+
+#include "qz/dataflow/field.h"
+#include "tests/dataflow/bytes.h"
+
+namespace QZDataFlow {
+namespace {
+
+constexpr unsigned int kLower = 0x09000001;
+constexpr unsigned int kPriority = 0x06020001;
+constexpr unsigned int kAuthor = 0x02000002;
+constexpr unsigned int kErrorsFor = 0x07000002;
+constexpr unsigned int kSmiles = 0x05010002;
+constexpr unsigned int kSecond = 0x08040001;
+constexpr unsigned int kJoule = 0x08020004;
+
+/// The options, then each pair with its bytes.
+std::string Show(const QZMeta& meta) {
+  std::string text;
+  char room[16];
+  const auto key = [&](unsigned int number) {
+    std::snprintf(room, sizeof room, "%08X ", number);
+    return std::string(room);
+  };
+  for (const unsigned int option : meta.GetOptions()) text += key(option);
+  for (const auto& [number, bytes] : meta.GetAttributes()) text += key(number) + "<" + Hex(bytes) + "> ";
+  return text;
+}
+
+TEST(MetadataKeys, HaveTheirNames) {
+  EXPECT_EQ(QZMetadata::GetMetaConstants().size(), 199U);
+  // The last name of each group, and the names behind the gaps.
+  const struct {
+    unsigned int key;
+    const char* name;
+  } cases[] = {
+      {0x02000003, "Annotation.Comments"},
+      {0x03000005, "Source.Query"},
+      {0x04000001, "Flags.ID"},
+      {0x04000011, "Flags.Predicted"},
+      {0x0500000A, "Hints.ShardID"},
+      {0x05010002, "Hints.Chem.SMILES"},
+      {0x0501001A, "Hints.Chem.CXSMILES"},
+      {0x06000013, "Display.HiddenByDefault"},
+      {0x06010001, "Display.Chem.AsDepiction"},
+      {0x06020002, "Display.Values.Precision"},
+      {0x07000002, "Relations.ErrorsFor"},
+      {0x07000007, "Relations.MeanFor"},
+      {0x0700000C, "Relations.CommentFor"},
+      {0x07000010, "Relations.SplitFrom"},
+      {0x07010007, "Relations.Chem.QueryFor"},
+      {0x08010008, "Units.Concentration.ppb"},
+      {0x0802000A, "Units.Energy.RT"},
+      {0x08030006, "Units.Length.Bohr"},
+      {0x08040009, "Units.Time.hours"},
+      {0x08050006, "Units.Mass.Da"},
+      {0x08060005, "Units.Volume.A3"},
+      {0x08070006, "Units.Frequency.Recip_cm"},
+      {0x08080003, "Units.Temp.K"},
+      {0x08090002, "Units.Entropy.kJ_per_mol_K"},
+      {0x080A0002, "Units.Velocity.A_per_ps"},
+      {0x080B0004, "Units.Density.item_per_cm3"},
+      {0x080C0002, "Units.Amount.Item"},
+      {0x080D0002, "Units.Charge.PlanckCharge"},
+      {0x080E0002, "Units.Angle.deg"},
+      {0x080F000A, "Units.Force.kCal_per_mol_A"},
+      {0x08100001, "Units.Power.W"},
+      {0x08110003, "Units.Current.uA"},
+      {0x08120001, "Units.ElectricalPotential.V"},
+      {0x08130002, "Units.MagneticField.G"},
+      {0x08140006, "Units.Pressure.tor"},
+      {0x08150002, "Units.DipoleMoment.statCm"},
+      {0x09000002, "Limits.Upper"},
+      {0x0A000002, "Constraints.Limits"},
+  };
+  for (const auto& [key, name] : cases) {
+    EXPECT_EQ(QZFieldMeta::GetName(key), name);
+    EXPECT_EQ(QZMeta::GetValue(name), key) << name;
+  }
+  for (const unsigned int key : {0U, 0x01000001U, 0x07000001U, 0x07000006U, 0x0700000BU, 0x09000003U}) {
+    EXPECT_EQ(QZFieldMeta::GetName(key), "") << key;
+  }
+  EXPECT_EQ(QZMeta::GetValue("Units::Mass::Da"), 0x08050006U);
+  EXPECT_EQ(QZMeta::GetValue("Units::Mass.Da"), 0x08050006U);
+  for (const char* name : {"", "Units.Mass", "units.mass.da", "Units:Mass:Da"}) EXPECT_EQ(QZMeta::GetValue(name), 0U);
+}
+
+TEST(MetadataKeys, RecordsHaveNamesOfTheirOwn) {
+  EXPECT_EQ(QZRecordMeta::GetName(0x01000001), "Flags.ID");
+  EXPECT_EQ(QZRecordMeta::GetName(0x01000002), "Flags.Annotation");
+  EXPECT_EQ(QZRecordMeta::GetName(0x01000003), "Flags.IsSchema");
+  EXPECT_EQ(QZRecordMeta::GetName(0x04000001), "");
+}
+
+TEST(MetadataKeys, TakeTheValuesOfTheirGroup) {
+  const struct {
+    unsigned int key;
+    const char* takes;
+  } cases[] = {{0x01000001, "string"}, {kAuthor, "string"},    {0x03000009, "string"}, {kErrorsFor, "string"},
+               {0x07010001, "string"}, {0x07020001, "option"}, {kLower, "double"},     {0x09010001, "option"},
+               {kPriority, "int"},     {0x06000001, "option"}, {0x06010001, "option"}, {kSmiles, "option"},
+               {kSecond, "option"},    {0x0A000001, "option"}, {0, "option"}};
+  for (const auto& [key, takes] : cases) {
+    const std::string found = QZMetadata::IsOption(key)                      ? "option"
+                              : QZMetadata::TakesAttribute<std::string>(key) ? "string"
+                              : QZMetadata::TakesAttribute<double>(key)      ? "double"
+                              : QZMetadata::TakesAttribute<int>(key)         ? "int"
+                                                                             : "?";
+    EXPECT_EQ(found, takes) << std::hex << key;
+  }
+}
+
+TEST(MetadataKeys, MasksTellWhatMayOccurOnce) {
+  EXPECT_EQ(QZMetadata::QZGetMetaPerRecordMask(0x05010001), ~0U);
+  EXPECT_EQ(QZMetadata::QZGetMetaPerRecordMask(0x04000001), ~0U);
+  EXPECT_EQ(QZMetadata::QZGetMetaPerRecordMask(0x05010002), 0U);
+  EXPECT_EQ(QZMetadata::QZGetMetaPerFieldMask(0x08000000), ~0U);
+  EXPECT_EQ(QZMetadata::QZGetMetaPerFieldMask(kSecond), 0xFF000000);
+  EXPECT_EQ(QZMetadata::QZGetMetaPerFieldMask(0x09000001), 0U);
+}
+
+TEST(Metadata, OptionsAreSortedAndUniqueAndUnitsReplaceEachOther) {
+  QZFieldMeta meta;
+  meta.SetOption(kSecond).SetOption(kSmiles).SetOption(kSmiles);
+  EXPECT_EQ(Show(meta), "05010002 08040001 ");
+  meta.SetOption(kJoule);
+  EXPECT_EQ(Show(meta), "05010002 08020004 ");
+  meta.SetOptions({0x04000002, kSmiles, kSecond, 0x04000001, kJoule});
+  EXPECT_EQ(Show(meta), "04000001 04000002 05010002 08020004 ") << "the last unit of the list";
+  meta.SetOption(0x08000000);
+  EXPECT_EQ(Show(meta), "04000001 04000002 05010002 08000000 08020004 ");
+  meta.SetOption(kSecond).SetOptions(meta.GetOptions());
+  EXPECT_EQ(Show(meta), "04000001 04000002 05010002 08040001 ");
+  meta.RemoveOption(kSmiles).RemoveOption(0x1234).SetOption(kLower);
+  EXPECT_EQ(Show(meta), "04000001 04000002 08040001 09000001 ") << "any key can be set";
+}
+
+TEST(Metadata, AttributesAreSortedByKeyAndBytes) {
+  QZFieldMeta meta;
+  meta.AddAttribute(kErrorsFor, "b").AddAttribute(kErrorsFor, "a").AddAttribute(kErrorsFor, "a");
+  meta.AddAttribute(kPriority, 300).SetAttribute(kLower, 0.5);
+  EXPECT_EQ(Show(meta),
+            "06020001 <82 2C 01> 07000002 <01 61> 07000002 <01 61> 07000002 <01 62> "
+            "09000001 <00 00 00 00 00 00 E0 3F> ");
+  meta.SetAttribute(kErrorsFor, "c").AddAttribute(kPriority, -1);
+  EXPECT_EQ(Show(meta), "06020001 <81 FF> 06020001 <82 2C 01> 07000002 <01 63> 09000001 <00 00 00 00 00 00 E0 3F> ");
+  meta.RemoveAttribute(kPriority, 300).RemoveAttribute(kErrorsFor, "x").RemoveAttribute(kLower);
+  EXPECT_EQ(Show(meta), "06020001 <81 FF> 07000002 <01 63> ");
+  meta.RemoveAttribute(kPriority, -1).RemoveAttribute(kErrorsFor, "c").RemoveAttribute(kLower, 0.5);
+  EXPECT_TRUE(meta.IsEmpty());
+}
+
+TEST(Metadata, ValuesOfAnotherTypeAreDropped) {
+  QZRecordMeta meta;
+  meta.AddAttribute(kLower, "x").AddAttribute(kLower, 1).AddAttribute(kAuthor, 1.0).SetAttribute(kPriority, 1.0);
+  meta.SetAttribute(kSmiles, "x").SetAttribute(kSmiles, 1).AddAttribute(kSmiles, 1.0);
+  EXPECT_TRUE(meta.IsEmpty());
+}
+
+TEST(Metadata, ValuesAreFoundByPlaceAndByContent) {
+  QZFieldMeta meta;
+  meta.AddAttribute(kAuthor, "x").AddAttribute(kAuthor, "yy").AddAttribute(kLower, -1.5).AddAttribute(kPriority, 7);
+  EXPECT_EQ(meta.GetAttribute<std::string>(kAuthor), "x");
+  EXPECT_EQ(meta.GetStrAttribute(kAuthor, 1), "yy");
+  EXPECT_EQ(meta.GetStrAttribute(kAuthor, 2), "");
+  EXPECT_EQ(meta.GetFloatAttribute(kLower), -1.5);
+  EXPECT_EQ(meta.GetIntAttribute(kPriority), 7);
+  EXPECT_EQ(meta.GetAttribute<int>(kPriority, 1), 0);
+  EXPECT_EQ(meta.GetAttribute<int>(kLower), 0);
+  EXPECT_EQ(meta.GetAttribute<double>(kAuthor), 0.0);
+  EXPECT_EQ(meta.GetAttribute<std::string>(kPriority), "");
+  EXPECT_TRUE(meta.HasAttribute(kAuthor) && meta.HasAttribute(kAuthor, "yy") && meta.HasAttribute(kPriority, 7));
+  EXPECT_FALSE(meta.HasAttribute(kErrorsFor) || meta.HasAttribute(kAuthor, "z") || meta.HasAttribute(kLower, 1.5));
+  EXPECT_EQ(meta.GetAttributeBytes(kAuthor), (std::vector<std::vector<unsigned char>>{{1, 'x'}, {2, 'y', 'y'}}));
+  EXPECT_EQ(meta.GetAttributes(kPriority), (std::vector<QZMeta::Attribute>{{kPriority, {7}}}));
+  EXPECT_EQ(meta.GetAttributes(0).size(), 4U);
+}
+
+TEST(Metadata, EncodedValuesNeedNotBeSound) {
+  QZFieldMeta meta;
+  meta.SetAttributes({{kPriority, {0x84, 1}}, {kAuthor, {9, 'x'}}, {kLower, {1, 2}}, {kErrorsFor, {0x81, 0xFF}}});
+  EXPECT_EQ(Show(meta), "06020001 <84 01> 02000002 <09 78> 09000001 <01 02> 07000002 <81 FF> ") << "as given";
+  EXPECT_EQ(meta.GetStrAttribute(kAuthor), "");
+  EXPECT_EQ(meta.GetFloatAttribute(kLower), 0.0);
+  EXPECT_EQ(meta.GetIntAttribute(kPriority), 0);
+  EXPECT_EQ(meta.GetRelatedFields(), std::vector<std::string>{""});
+  meta.AddAttributeBytes(kAuthor, {});
+  EXPECT_EQ(Show(meta), "02000002 <> 02000002 <09 78> 06020001 <84 01> 07000002 <81 FF> 09000001 <01 02> ");
+  meta.SetAttributeBytes(kAuthor, {1, 'a'});
+  meta.RemoveAttributeBytes(kLower, {1, 2});
+  EXPECT_EQ(Show(meta), "02000002 <01 61> 06020001 <84 01> 07000002 <81 FF> ");
+  EXPECT_TRUE(meta.HasAttributeBytes(kPriority, {0x84, 1}));
+  EXPECT_FALSE(meta.HasAttributeBytes(kPriority, {0x84}));
+}
+
+TEST(Metadata, MergeReplacesKeysAndUnits) {
+  QZFieldMeta meta, other;
+  meta.SetOptions({kSecond, kSmiles}).AddAttribute(kAuthor, "a").AddAttribute(kAuthor, "b").SetAttribute(kPriority, 1);
+  other.SetOption(kJoule).AddAttribute(kAuthor, "y").AddAttribute(kAuthor, "x");
+  meta.Merge(other);
+  EXPECT_EQ(Show(meta), "05010002 08020004 02000002 <01 79> 06020001 <01> ");
+  other.Merge(other);
+  EXPECT_EQ(Show(other), "08020004 02000002 <01 79> ");
+}
+
+TEST(Metadata, SubsetsAreOfOptionsAndOfPairs) {
+  QZFieldMeta empty, meta, more;
+  meta.SetOption(kSmiles).SetAttribute(kPriority, 1);
+  more.SetOptions({kSmiles, kSecond}).AddAttribute(kPriority, 1).AddAttribute(kPriority, 2);
+  EXPECT_TRUE(empty.IsSubsetOf(meta) && meta.IsSubsetOf(more) && more.IsSubsetOf(more));
+  EXPECT_FALSE(more.IsSubsetOf(meta) || meta.IsSubsetOf(empty));
+  meta.SetAttribute(kPriority, 3);
+  EXPECT_FALSE(meta.IsSubsetOf(more)) << "the same key with another value";
+}
+
+TEST(Metadata, RelationsNameOtherFields) {
+  QZFieldMeta meta;
+  const QZFieldBase mass("mass");
+  meta.AddRelation(kErrorsFor, mass).AddRelation(0x07010005, mass).AddRelation(kErrorsFor, QZFieldBase("charge"));
+  meta.AddRelation(kLower, mass).AddRelation(kSmiles, mass).AddRelation(0x08000000, mass);
+  meta.SetAttribute(kLower, 0.5).SetAttribute(kPriority, 4);
+  EXPECT_EQ(meta.GetFieldRelations("mass"), (std::vector<unsigned int>{kErrorsFor, 0x07010005}));
+  EXPECT_EQ(meta.GetFieldRelations("other"), std::vector<unsigned int>{});
+  EXPECT_EQ(meta.GetRelatedFields(), (std::vector<std::string>{"charge", "mass"}));
+  meta.AddAttribute(kAuthor, "mass");
+  EXPECT_EQ(meta.GetFieldRelations("mass"), (std::vector<unsigned int>{kAuthor, kErrorsFor, 0x07010005}));
+}
+
+}  // namespace
+}  // namespace QZDataFlow
