@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ struct TableOptions {
   unsigned int inferRows = 1000;
   /// "name:Type,name:Type": types that aren't inferred.
   std::string types;
+  /// Metadata by the name of the column.
+  std::map<std::string, QZDataFlow::QZFieldMeta> meta;
 };
 
 /// A stream of records in any format, with the place of the last one for messages.
@@ -44,6 +47,9 @@ class RecordSource {
   /// The fields that every record will have, in the order of the columns, for a table; empty where each record says
   /// for itself.
   virtual const std::vector<QZDataFlow::QZFieldBase>& Columns() const = 0;
+
+  /// Whether a record can hold more than the cells of a table.
+  bool CarriesMore() const { return Columns().empty(); }
 };
 
 /// Opens `path` ("-" is standard input) for reading. `progress` is the word of the option -progress; `task` is the name
@@ -54,11 +60,15 @@ std::unique_ptr<RecordSource> OpenRecords(const std::string& path, Format format
 /// What a format couldn't carry, counted while records were written.
 struct Dropped {
   unsigned long recordMeta = 0;
-  unsigned long readonlyFlags = 0;
-  unsigned long unknownSections = 0;
   unsigned long fieldMeta = 0;
-  unsigned long childRecords = 0;
   unsigned long fields = 0;
+  unsigned long childRecords = 0;
+  unsigned long unknownSections = 0;
+
+  /// Counts what a table of these columns leaves out of a record.
+  void CountTable(const QZDataFlow::QZRecord& record, const std::vector<QZDataFlow::QZFieldBase>& columns);
+  /// Counts what a JSON document leaves out of a record.
+  void CountDocument(const QZDataFlow::QZRecord& record);
 
   bool Any() const;
   /// "3 child records, 1 unknown section"
@@ -83,9 +93,10 @@ class RecordSink {
 };
 
 /// Opens `path` ("-" is standard output) for writing. `columns` are the columns of a table; where they are empty a
-/// table takes those of the first record.
+/// table takes those of the first record. `carriesMore` says whether the records can hold what a format drops, as those
+/// from a table can't.
 std::unique_ptr<RecordSink> CreateRecords(const std::string& path, Format format,
-                                          const std::vector<QZDataFlow::QZFieldBase>& columns);
+                                          const std::vector<QZDataFlow::QZFieldBase>& columns, bool carriesMore);
 
 /// Tells in one line what was dropped, or, with `strict`, throws it as a ToolError. Does nothing where nothing was.
 void ReportLosses(const RecordSink& sink, const std::string& path, bool strict);

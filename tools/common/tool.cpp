@@ -6,6 +6,7 @@
 #include <memory>
 #include <utility>
 
+#include "tools/common/files.h"
 #include "tools/common/toolerror.h"
 
 namespace QZTools {
@@ -22,14 +23,12 @@ constexpr const char* sharedConfiguration = R"(
     !DEFAULT auto
     !LEGAL_VALUE auto
     !LEGAL_VALUE bar
-    !LEGAL_VALUE log
     !LEGAL_VALUE none
     !BRIEF How progress is shown
     !DETAIL
-      auto  a bar on a terminal, else a line every tenth of the work;
-            either only once a run lasts longer than two seconds
-      bar   a bar from the start, wherever standard error goes
-      log   a line every tenth of the work from the start
+      auto  a bar on a terminal, else a line every tenth of the work,
+            once a run lasts longer than two seconds
+      bar   the same from the start
       none  nothing
   !END
   !PARAMETER -quiet 2
@@ -60,6 +59,28 @@ void installSignals() {
   std::signal(SIGPIPE, SIG_IGN);
 }
 
+std::string firstWarning;
+
+// Keeps warnings back; everything else goes on to the handler that was there before.
+class WarningKeeper : public QZErrorHandlerImplBase {
+ public:
+  explicit WarningKeeper(const QZErrorHandlerImplBase& other)
+      : QZErrorHandlerImplBase(other), next(other.CreateCopy()) {}
+  WarningKeeper(const WarningKeeper& other) : WarningKeeper(static_cast<const QZErrorHandlerImplBase&>(*other.next)) {}
+
+  void Msg(unsigned int severity, const std::string& text) override {
+    if (severity == QZErrorLevel::Warning) {
+      if (firstWarning.empty()) firstWarning = text;
+    } else if (severity >= GetLevel()) {
+      next->Msg(severity, text);
+    }
+  }
+  QZErrorHandlerImplBase* CreateCopy() const override { return new WarningKeeper(*this); }
+
+ private:
+  std::unique_ptr<QZErrorHandlerImplBase> next;
+};
+
 unsigned int editDistance(const std::string& a, const std::string& b) {
   std::vector<unsigned int> row(b.size() + 1);
   for (unsigned int j = 0; j <= b.size(); ++j) row[j] = j;
@@ -72,11 +93,6 @@ unsigned int editDistance(const std::string& a, const std::string& b) {
     }
   }
   return row.back();
-}
-
-int finish(int status) {
-  qzout.flush();
-  return status;
 }
 
 }  // namespace
@@ -117,53 +133,26 @@ std::vector<std::string> NearWords(const std::string& word, const std::vector<st
   return near;
 }
 
-// The handler in force goes on for everything but warnings.
-class WarningKeeper::Handler : public QZErrorHandlerImplBase {
- public:
-  explicit Handler(const QZErrorHandlerImplBase& other) : QZErrorHandlerImplBase(other), behind(other.CreateCopy()) {}
-  Handler(const Handler& other)
-      : QZErrorHandlerImplBase(other), first(other.first), behind(other.behind->CreateCopy()) {}
-
-  void Msg(unsigned int level, const std::string& text) override {
-    if (level != QZErrorLevel::Warning) {
-      behind->Msg(level, text);
-    } else if (first.empty()) {
-      first = text;
-    }
-  }
-  QZErrorHandlerImplBase* CreateCopy() const override { return new Handler(*this); }
-
-  std::string first;
-
- private:
-  std::unique_ptr<QZErrorHandlerImplBase> behind;
-};
-
-WarningKeeper::WarningKeeper()
-    : before(QZThrow.GetHandlerImpl()->CreateCopy()), keeper(new Handler(*QZThrow.GetHandlerImpl())) {
-  QZThrow.SetHandlerImpl(keeper, true);
-}
-
-WarningKeeper::~WarningKeeper() { QZThrow.SetHandlerImpl(before, true); }
-
-std::string WarningKeeper::Take() { return std::exchange(keeper->first, {}); }
+std::string TakeWarning() { return std::exchange(firstWarning, {}); }
 
 int RunTool(int argc, char** argv, const std::string& configuration,
             const std::function<void(QZInterface& settings)>& body) {
   installSignals();
   QZInterface settings((configuration + sharedConfiguration).c_str());
-  if (QZCheckHelp(settings, argc, argv, true, argc == 1 ? qzerr : qzout)) {
-    return finish(qzout.flush() ? 0 : 1);
-  }
-  if (!QZParseCommandLine(settings, QZSystemGetRelease(), argc, argv, nullptr, QZErrorLevel::Error, false)) return 1;
-  if (FlagSetting(settings, "-verbose")) QZThrow.SetLevel(QZErrorLevel::Verbose);
-  if (FlagSetting(settings, "-quiet")) QZThrow.SetLevel(QZErrorLevel::Error);
   try {
+    if (QZCheckHelp(settings, argc, argv, true, argc == 1 ? qzerr : qzout)) {
+      CheckStandardOutput();
+      return 0;
+    }
+    if (!QZParseCommandLine(settings, QZSystemGetRelease(), argc, argv, nullptr, QZErrorLevel::Error, false)) return 1;
+    if (FlagSetting(settings, "-verbose")) QZThrow.SetLevel(QZErrorLevel::Verbose);
+    if (FlagSetting(settings, "-quiet")) QZThrow.SetLevel(QZErrorLevel::Error);
+    QZThrow.SetHandlerImpl(new WarningKeeper(*QZThrow.GetHandlerImpl()), true);
     body(settings);
+    CheckStandardOutput();
   } catch (const ToolEnd& end) {
-    return finish(end.Status());
+    return end.Status();
   } catch (const ToolError& error) {
-    qzout.flush();
     QZThrow.Error(std::string(error.what()));
     return 1;
   } catch (const std::bad_alloc&) {

@@ -37,22 +37,8 @@ unsigned int CountSetting(const QZSystem::QZInterface& settings, const std::stri
 /// The words of `candidates` that look like `word`: for a message about an unknown name. At most three, nearest first.
 std::vector<std::string> NearWords(const std::string& word, const std::vector<std::string>& candidates);
 
-/// Keeps the warnings of the library back while it lives, so that a tool turns the first of them into its one message
-/// with the place. One thread at a time.
-class WarningKeeper {
- public:
-  WarningKeeper();
-  ~WarningKeeper();
-  WarningKeeper(const WarningKeeper&) = delete;
-  WarningKeeper& operator=(const WarningKeeper&) = delete;
-
-  /// The first warning since the last call, "" if there was none.
-  std::string Take();
-
- private:
-  class Handler;
-  QZSystem::QZErrorHandlerImplBase* before;
-  Handler* keeper;
-};
+/// The first warning that the library has given since the last call, "" if there was none. Inside a run they are kept
+/// back, so that a tool turns the first of them into its one message with the place.
+std::string TakeWarning();
 
 }  // namespace QZTools

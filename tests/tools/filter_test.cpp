@@ -1,0 +1,113 @@
+#include "tests/tools/toolrun.h"
+
+using namespace QZTools;
+
+namespace {
+
+class Filter : public ToolRun {
+ protected:
+  void SetUp() override {
+    write("n.csv",
+          "name,mass,half_life,spin,stable\n"
+          "H-1,1.5,,1/2+,true\n"
+          "C-14,14,1.8e11,0+,false\n"
+          "F-18,18,6586,1+,false\n"
+          "Cl-36,36,9.5e12,2+,false\n");
+  }
+
+  // The table that is left, from a table and from binary records.
+  std::string kept(const std::string& options) {
+    const Outcome table = run("qzfilter n.csv - -outformat csv " + options);
+    EXPECT_EQ(table.messages, "") << options;
+    EXPECT_EQ(table.status, 0) << options;
+    const Outcome records = run("qzconvert n.csv n.qzr && qzfilter n.qzr - -outformat csv " + options);
+    if (table.out.find('\n') + 1 != table.out.size()) EXPECT_EQ(records.out, table.out) << options;
+    return table.out;
+  }
+
+  std::string refusal(const std::string& options) {
+    const Outcome outcome = run("qzfilter n.csv o.csv " + options);
+    EXPECT_EQ(outcome.status, 1) << options;
+    EXPECT_FALSE(exists("o.csv")) << options;
+    return outcome.messages;
+  }
+};
+
+TEST_F(Filter, PicksByConditionsAndPatterns) {
+  const std::string head = "name,mass,half_life,spin,stable\n";
+  const std::string h1 = "H-1,1.5,,1/2+,true\n";
+  const std::string c14 = "C-14,14,1.8e+11,0+,false\n";
+  const std::string f18 = "F-18,18,6586,1+,false\n";
+  const std::string cl36 = "Cl-36,36,9.5e+12,2+,false\n";
+  const struct {
+    const char* options;
+    std::string rows;
+  } cases[] = {
+      {"", h1 + c14 + f18 + cl36},
+      {"-where 'half_life > 1e9'", c14 + cl36},
+      {"-where 'half_life > 1e9 && mass < 20'", c14},
+      {"-where 'mass < 2 || half_life > 1'", c14 + f18 + cl36},
+      {"-where 'stable == 1'", h1},
+      {"-match 'name=C*'", c14 + cl36},
+      {"-match 'name=C*; spin=*2+'", cl36},
+      {"-match 'mass=14'", c14},
+      {"-where 'mass > 1' -match 'name=*-1*' -limit 2", h1 + c14},
+      {"-where 'mass > 100'", ""},
+  };
+  for (const auto& each : cases) EXPECT_EQ(kept(each.options), head + each.rows) << each.options;
+}
+
+TEST_F(Filter, ComputesFieldsInOrder) {
+  EXPECT_EQ(kept("-set 'double = 2 * mass; more = double + half_life' -where 'double > 20' -keep name,double,more"),
+            "name,double,more\nC-14,28,180000000028\nF-18,36,6622\nCl-36,72,9500000000072\n");
+  EXPECT_EQ(kept("-set 'mass = half_life / 2' -drop spin,stable,half_life -limit 2"), "name,mass\nH-1,\nC-14,9e+10\n");
+  const Outcome meta =
+      run("qzfilter n.csv - -outformat json -set 'd = 2 * mass' -meta d:Units.Mass.Da -keep d -limit 1");
+  EXPECT_EQ(meta.out,
+            "{\"version\":[1,0],\"fields\":[{\"name\":\"d\",\"type\":\"Float\",\"idx\":6,\"meta\":{\"options\":["
+            "\"Units.Mass.Da\"]},\"nullable\":true,\"value\":3}]}\n");
+}
+
+TEST_F(Filter, Counts) {
+  EXPECT_EQ(run("qzfilter n.csv -count -where 'mass > 10'").out, "3\n");
+  EXPECT_EQ(run("qzfilter n.csv").messages,
+            "Fatal: Give the file to write as -out (or second), or -count to count only\n");
+}
+
+TEST_F(Filter, PassesUntouchedBytesOn) {
+  ASSERT_EQ(run("qzconvert n.csv n.qzr -meta mass:Units.Mass.Da && qzfilter n.qzr all.qzr && qzfilter n.qzr some.qzr "
+                "-where 'mass > 10'")
+                .status,
+            0);
+  const std::string all = read("n.qzr");
+  const std::string some = read("some.qzr");
+  EXPECT_EQ(read("all.qzr"), all);
+  EXPECT_EQ(some, all.substr(all.size() - some.size()));
+}
+
+TEST_F(Filter, ExplainsWhatItCannotDo) {
+  const struct {
+    const char* options;
+    const char* message;
+  } cases[] = {
+      {"-where 'mas > 1'", "Fatal: -where: the table has no column mas; did you mean mass?\n"},
+      {"-where 'spin > 1'", "Fatal: -where: the field spin is no number; -match looks at texts\n"},
+      {"-match 'name=*a*b*'", "Fatal: -match: the pattern '*a*b*' has more than two *\n"},
+      {"-match name", "Fatal: -match: 'name' isn't a name, = and a text\n"},
+      {"-set '= 2'", "Fatal: -set: '= 2' isn't a name, = and a text\n"},
+      {"-keep nosuch", "Fatal: -keep: the table has no column nosuch\n"},
+      {"-drop name,mass,half_life,spin,stable", "Fatal: -keep and -drop leave no field\n"},
+  };
+  for (const auto& each : cases) EXPECT_EQ(refusal(each.options), each.message) << each.options;
+  const std::string broken = refusal("-where 'mass >'");
+  EXPECT_EQ(broken.rfind("Fatal: -where: 'mass >': ", 0), 0U) << broken;
+  const Outcome unmet = run("qzconvert n.csv n.qzr && qzfilter n.qzr o.csv -where 'nosuch > 1'");
+  EXPECT_EQ(unmet.messages, "n.qzr: no record has the field nosuch\n");
+}
+
+TEST_F(Filter, ToldToBeQuietIs) {
+  EXPECT_EQ(run("qzconvert n.csv n.qzr && qzfilter n.qzr o.csv -where 'nosuch > 1' -quiet").messages, "");
+  EXPECT_EQ(run("qzfilter n.csv o.csv -where 'mass > 10' -verbose").messages, "n.csv: kept 3 of 4 records\n");
+}
+
+}  // namespace

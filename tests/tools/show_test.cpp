@@ -1,0 +1,49 @@
+#include "tests/tools/toolrun.h"
+
+using namespace QZTools;
+
+namespace {
+
+class Show : public ToolRun {
+ protected:
+  void SetUp() override { write("n.csv", "name,mass,spin\nH-1,1.5,1/2+\nC-14,14,\nÅ,2.25,\"a\nb\"\n"); }
+};
+
+TEST_F(Show, AlignsTheFirstRows) {
+  EXPECT_EQ(run("qzshow n.csv").out,
+            "name  mass  spin\n"
+            "H-1    1.5  1/2+\n"
+            "C-14    14\n"
+            "Å     2.25  a\\nb\n");
+  EXPECT_EQ(run("qzshow n.csv -rows 1").out, "name  mass  spin\nH-1    1.5  1/2+\nand more rows; see -rows\n");
+  write("empty.csv", "a,b\n");
+  EXPECT_EQ(run("qzshow empty.csv").out, "no records\n");
+}
+
+TEST_F(Show, FitsTheTerminal) {
+  write("w.csv", "a,b,c\n" + std::string(50, 'x') + "," + std::string(50, 'y') + ",1\n");
+  EXPECT_EQ(run("COLUMNS=30 qzshow w.csv").out, "a             b              c\nxxxxxxxxxxx…  yyyyyyyyyyyy…  1\n");
+  EXPECT_EQ(run("COLUMNS=19 qzshow w.csv").out, "a         b\nxxxxxxx…  yyyyyyy…\nand 1 more column: c\n");
+}
+
+TEST_F(Show, TellsTheFields) {
+  ASSERT_EQ(run("qzconvert n.csv n.qzr -meta mass:Units.Mass.Da").status, 0);
+  EXPECT_EQ(run("qzshow n.qzr -schema").out,
+            "name  type    values  nulls  missing  metadata\n"
+            "name  String       3      0        0\n"
+            "mass  Float        3      0        0  Units.Mass.Da\n"
+            "spin  String       2      1        0\n"
+            "3 records\n");
+}
+
+TEST_F(Show, TellsTheStatistics) {
+  EXPECT_EQ(run("COLUMNS=120 qzshow n.csv -stats").out,
+            "number  count  nulls  least   mean  greatest  deviation  histogram\n"
+            "mass        3      0    1.5  5.917        14      7.009  ██             █\n"
+            "text  count  nulls  distinct  most frequent\n"
+            "name      3      0         3  C-14 (1), H-1 (1), Å (1)\n"
+            "spin      2      1         2  1/2+ (1), a\\nb (1)\n"
+            "3 records\n");
+}
+
+}  // namespace

@@ -1,0 +1,73 @@
+#include "tools/common/files.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/common/progress.h"
+#include "tools/common/tool.h"
+#include "tools/common/toolerror.h"
+
+namespace QZTools {
+
+using namespace QZSystem;
+
+namespace {
+
+constexpr const char* standardName = "-";
+constexpr unsigned long noSize = ~0UL;
+
+[[noreturn]] void failOutput(const std::string& name, int error) {
+  if (error == EPIPE && name == "standard output") throw ToolEnd(0);
+  throw ToolError("Cannot write " + name + ": " + std::strerror(error));
+}
+
+}  // namespace
+
+Input::Input(const std::string& path, const std::string& progress, const std::string& task)
+    : name(path == standardName ? "standard input" : path) {
+  auto opened = std::make_unique<qzifstream>();
+  file = opened.get();
+  file->open(path == standardName ? "/dev/stdin" : path.c_str());
+  if (file->failed()) throw ToolError("Cannot open " + name + ": " + std::strerror(file->error()));
+  if (file->size() == noSize || progress == "none") {
+    stream = std::move(opened);
+    return;
+  }
+  tracer = std::make_unique<RunTracer>(progress, task);
+  stream = std::make_unique<qzprogressstream>(opened.release(), true, tracer.get(), false);
+}
+
+Input::~Input() = default;
+
+void Input::Finish() {
+  // The end may have come because what writes to a pipe was stopped by the same Ctrl-C.
+  CheckInterrupt();
+  if (file->failed()) throw ToolError("Cannot read " + name + ": " + std::strerror(file->error()));
+  if (tracer) tracer->Pop();
+}
+
+Output::Output(const std::string& path) : name(path), stream(&qzout) {
+  if (path == standardName) {
+    name = "standard output";
+    return;
+  }
+  replacement = std::make_unique<QZFileReplacement>(path);
+  stream = &replacement->Out();
+  if (stream->failed() || replacement->Error() != 0) failOutput(name, replacement->Error());
+}
+
+void Output::Fail() const { failOutput(name, stream->error()); }
+
+void Output::Finish() {
+  if (!replacement) {
+    if (!stream->flush()) Fail();
+  } else if (!replacement->Commit()) {
+    failOutput(name, replacement->Error());
+  }
+}
+
+void CheckStandardOutput() {
+  if (!qzout.flush()) failOutput("standard output", qzout.error());
+}
+
+}  // namespace QZTools

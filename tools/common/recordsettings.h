@@ -1,0 +1,54 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "tools/common/recordfile.h"
+
+namespace QZTools {
+
+/// The options of every tool that reads records, in the configuration language: -in (the first argument without a key),
+/// -informat, -types, -infer.
+std::string InputConfiguration();
+
+/// The options of every tool that writes records: -out (the second argument without a key), -outformat, -strict.
+std::string OutputConfiguration(bool required);
+
+using MetaByName = std::map<std::string, QZDataFlow::QZFieldMeta>;
+
+/// Opens what -in and its companions say. `meta` becomes the metadata of a table's columns.
+std::unique_ptr<RecordSource> OpenInput(const QZSystem::QZInterface& settings, const MetaByName& meta,
+                                        const std::string& task);
+
+/// Creates what -out and its companions say.
+std::unique_ptr<RecordSink> CreateOutput(const QZSystem::QZInterface& settings,
+                                         const std::vector<QZDataFlow::QZFieldBase>& columns, bool carriesMore);
+
+/// Completes the output: says what the format dropped, which -strict makes an error, and gives the file its name.
+void FinishOutput(const QZSystem::QZInterface& settings, RecordSink& sink);
+
+/// Sets the metadata of fields in records that bring their own fields along.
+///
+///     FieldMetaSetter setter(meta);
+///     setter.Apply(record);
+///     setter.RequireMet(path);
+///
+/// One thread at a time.
+class FieldMetaSetter {
+ public:
+  explicit FieldMetaSetter(const MetaByName& metaByName) : meta(metaByName) {}
+
+  /// Adds the metadata to the fields that the record has.
+  void Apply(QZDataFlow::QZRecord& record);
+
+  /// Throws ToolError where a name was met in no record of `path`, provided that there were any.
+  void RequireMet(const std::string& path) const;
+
+ private:
+  MetaByName meta;
+  std::map<std::string, bool> met;
+  bool anyRecord = false;
+};
+
+}  // namespace QZTools

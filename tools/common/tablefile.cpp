@@ -1,0 +1,211 @@
+#include "tools/common/tablefile.h"
+
+#include <algorithm>
+
+#include "tools/common/display.h"
+#include "tools/common/tool.h"
+#include "tools/common/toolerror.h"
+
+namespace QZTools {
+
+using namespace QZSystem;
+using namespace QZDataFlow;
+
+namespace {
+
+QZFieldBase makeField(const std::string& name, CellType type) {
+  constexpr bool readonly = false;
+  constexpr bool nullable = true;
+  switch (type) {
+    case CellType::Int:
+      return QZField<long>(name, {}, readonly, nullable);
+    case CellType::Float:
+      return QZField<double>(name, {}, readonly, nullable);
+    case CellType::Bool:
+      return QZField<bool>(name, {}, readonly, nullable);
+    case CellType::String:
+      break;
+  }
+  return QZField<std::string>(name, {}, readonly, nullable);
+}
+
+std::string nearText(const std::string& word, const std::vector<std::string>& candidates) {
+  const std::vector<std::string> near = NearWords(word, candidates);
+  return near.empty() ? "the columns are " + QZStringJoin(candidates, ", ")
+                      : "did you mean " + QZStringJoin(near, " or ") + "?";
+}
+
+}  // namespace
+
+TableSource::TableSource(std::unique_ptr<Input> tableInput, char delimiter, const TableOptions& options)
+    : input(std::move(tableInput)), reader(input->Stream(), delimiter) {
+  readHeader();
+  readAhead(options.inferRows);
+  inferTypes();
+  setTypes(options.types);
+  makeFields(options.meta);
+}
+
+void TableSource::fail(unsigned long atLine, const std::string& what) const {
+  throw ToolError(input->Name() + ": line " + QZNumberToString(atLine) + what);
+}
+
+void TableSource::readHeader() {
+  try {
+    if (!reader.Next(row)) {
+      input->Finish();
+      throw ToolError(input->Name() + ": has no header line");
+    }
+  } catch (const ToolError& error) {
+    const std::string what = error.what();
+    if (what.compare(0, input->Name().size(), input->Name()) == 0) throw;
+    throw ToolError(input->Name() + ": " + what);
+  }
+  for (const CsvCell& cell : row) {
+    std::string name(cell.text);
+    if (name.empty()) name = "column" + QZNumberToString(names.size() + 1);
+    if (std::find(names.begin(), names.end(), name) != names.end()) fail(1, ": column " + name + " occurs twice");
+    names.push_back(name);
+  }
+  reader.KeepBlankLines(names.size() == 1);
+}
+
+// One row of the file, or of those read ahead. Row and line are set.
+bool TableSource::nextRow() {
+  if (!ahead.empty()) {
+    current = std::move(ahead.front());
+    ahead.pop_front();
+    row.clear();
+    for (std::size_t i = 0; i < current.texts.size(); ++i) row.push_back({current.texts[i], current.quoted[i]});
+    line = current.line;
+    return true;
+  }
+  bool hasRow = false;
+  try {
+    hasRow = reader.Next(row);
+  } catch (const ToolError& error) {
+    throw ToolError(input->Name() + ": " + error.what());
+  }
+  if (!hasRow) {
+    input->Finish();
+    return false;
+  }
+  line = reader.Line();
+  if (row.size() != names.size()) {
+    fail(line, ": has " + QZNumberToString(row.size()) + (row.size() == 1 ? " cell" : " cells") +
+                   ", the header line has " + QZNumberToString(names.size()));
+  }
+  return true;
+}
+
+void TableSource::readAhead(unsigned int rows) {
+  std::deque<KeptRow> kept;
+  while (kept.size() < rows && nextRow()) {
+    KeptRow keep;
+    keep.line = line;
+    for (const CsvCell& cell : row) {
+      keep.texts.emplace_back(cell.text);
+      keep.quoted.push_back(cell.quoted);
+    }
+    kept.push_back(std::move(keep));
+  }
+  ahead = std::move(kept);
+}
+
+void TableSource::inferTypes() {
+  std::vector<TypeGuess> guesses(names.size());
+  for (const KeptRow& kept : ahead) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (!kept.texts[i].empty()) guesses[i].See(kept.texts[i]);
+    }
+  }
+  for (const TypeGuess& guess : guesses) types.push_back(guess.Type());
+}
+
+std::size_t TableSource::columnOf(const std::string& name, const char* option) const {
+  const auto found = std::find(names.begin(), names.end(), name);
+  if (found == names.end()) {
+    throw ToolError(input->Name() + ": has no column " + name + " (named in " + option + "); " + nearText(name, names));
+  }
+  return static_cast<std::size_t>(found - names.begin());
+}
+
+void TableSource::setTypes(const std::string& list) {
+  std::vector<std::string> items;
+  QZStringTokenize(items, list, ",", true);
+  for (const std::string& item : items) {
+    const std::size_t colon = item.rfind(':');
+    CellType type = CellType::String;
+    if (colon == std::string::npos || !CellTypeOf(QZStringStripWhiteSpace(item.substr(colon + 1)), type)) {
+      throw ToolError("-types: '" + item + "' isn't a name, a colon and one of Int, Float, Bool, String");
+    }
+    types[columnOf(QZStringStripWhiteSpace(item.substr(0, colon)), "-types")] = type;
+  }
+}
+
+void TableSource::makeFields(const std::map<std::string, QZFieldMeta>& meta) {
+  for (std::size_t i = 0; i < names.size(); ++i) fields.push_back(makeField(names[i], types[i]));
+  for (const auto& [name, fieldMeta] : meta) fields[columnOf(name, "-meta")].SetMeta(fieldMeta);
+}
+
+void TableSource::setCell(QZRecord& record, std::size_t column) {
+  const CsvCell& cell = row[column];
+  const bool isNull = cell.text.empty() && !(cell.quoted && types[column] == CellType::String);
+  if (isNull) {
+    record.SetBytes(fields[column], std::nullopt);
+    return;
+  }
+  if (!CellToBytes(cell.text, types[column], bytes)) {
+    const std::string type = CellTypeName(types[column]);
+    fail(line, " (record " + QZNumberToString(records) + "), column " + names[column] + ": '" + std::string(cell.text) +
+                   "' is no " + type + "; give the column another type with -types " + names[column] +
+                   ":String, or look at more rows with -infer");
+  }
+  record.SetBytes(fields[column], bytes);
+}
+
+bool TableSource::Next(QZRecord& record) {
+  if (!nextRow()) return false;
+  ++records;
+  record.Clear();
+  for (std::size_t i = 0; i < fields.size(); ++i) setCell(record, i);
+  return true;
+}
+
+std::string TableSource::Place() const {
+  return input->Name() + ": line " + QZNumberToString(line) + " (record " + QZNumberToString(records) + ")";
+}
+
+TableSink::TableSink(const std::string& path, char delimiter, const std::vector<QZFieldBase>& columns, bool carriesMore)
+    : output(path), writer(output.Stream(), delimiter), fields(columns), counts(carriesMore) {
+  if (!fields.empty()) writeHeader();
+}
+
+void TableSink::writeHeader() {
+  hasHeader = true;
+  for (const QZFieldBase& field : fields) writer.Cell(field.GetName());
+  writer.EndRow();
+}
+
+void TableSink::writeCell(const QZRecord& record, const QZFieldBase& column) {
+  if (!record.HasValue(column) || record.IsNA(column)) {
+    writer.Null();
+  } else {
+    WriteCell(record, column, writer);
+  }
+}
+
+void TableSink::Put(const QZRecord& record) {
+  if (!hasHeader) {
+    fields = record.GetFields();
+    writeHeader();
+  }
+  for (const QZFieldBase& field : fields) writeCell(record, field);
+  writer.EndRow();
+  output.Check();
+  if (counts) losses.CountTable(record, fields);
+}
+
+void TableSink::Finish() { output.Finish(); }
+
+}  // namespace QZTools

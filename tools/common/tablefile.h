@@ -1,0 +1,80 @@
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/common/celltype.h"
+#include "tools/common/csv.h"
+#include "tools/common/files.h"
+#include "tools/common/recordfile.h"
+
+namespace QZTools {
+
+/// Records from the rows of a delimited table. The first line names the columns; an empty name becomes "column" and the
+/// column's number. Empty cells are null; an empty cell in quotes is an empty text in a column of strings. One thread
+/// at a time, const operations included.
+class TableSource : public RecordSource {
+ public:
+  /// Reads the header line and the rows that the types are inferred from. Throws ToolError for what can't be read.
+  TableSource(std::unique_ptr<Input> tableInput, char delimiter, const TableOptions& options);
+
+  bool Next(QZDataFlow::QZRecord& record) override;
+  std::string Place() const override;
+  const std::vector<QZDataFlow::QZFieldBase>& Columns() const override { return fields; }
+
+ private:
+  // A row that was read ahead, its cells owned.
+  struct KeptRow {
+    std::vector<std::string> texts;
+    std::vector<bool> quoted;
+    unsigned long line;
+  };
+
+  void readHeader();
+  void readAhead(unsigned int rows);
+  void inferTypes();
+  void setTypes(const std::string& list);
+  void makeFields(const std::map<std::string, QZDataFlow::QZFieldMeta>& meta);
+  bool nextRow();
+  void setCell(QZDataFlow::QZRecord& record, std::size_t column);
+  std::size_t columnOf(const std::string& name, const char* option) const;
+  [[noreturn]] void fail(unsigned long atLine, const std::string& what) const;
+
+  std::unique_ptr<Input> input;
+  CsvReader reader;
+  std::vector<std::string> names;
+  std::vector<CellType> types;
+  std::vector<QZDataFlow::QZFieldBase> fields;
+  std::deque<KeptRow> ahead;
+  KeptRow current;
+  std::vector<CsvCell> row;
+  std::vector<unsigned char> bytes;
+  unsigned long line = 0;
+  unsigned long records = 0;
+};
+
+/// Records as rows of a delimited table whose columns are given or those of the first record. One thread at a time.
+class TableSink : public RecordSink {
+ public:
+  TableSink(const std::string& path, char delimiter, const std::vector<QZDataFlow::QZFieldBase>& columns,
+            bool carriesMore);
+
+  void Put(const QZDataFlow::QZRecord& record) override;
+  void Finish() override;
+  const Dropped& Losses() const override { return losses; }
+
+ private:
+  void writeHeader();
+  void writeCell(const QZDataFlow::QZRecord& record, const QZDataFlow::QZFieldBase& column);
+
+  Output output;
+  CsvWriter writer;
+  std::vector<QZDataFlow::QZFieldBase> fields;
+  bool hasHeader = false;
+  bool counts;
+  Dropped losses;
+};
+
+}  // namespace QZTools
