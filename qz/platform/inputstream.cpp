@@ -19,10 +19,6 @@ constexpr unsigned long LargestReserve = 1UL << 24;
 
 }  // namespace
 
-qzistream::qzistream() = default;
-
-qzistream::~qzistream() = default;
-
 unsigned long qzistream::read(std::string& text) {
   text.clear();
   const unsigned long whole = size();

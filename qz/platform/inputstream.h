@@ -23,8 +23,6 @@ class qzostream;
 /// count or false, and `failed()` tells them apart. A byte of a filled buffer costs a test and an increment.
 class qzistream : public qzstream {
  public:
-  ~qzistream() override;
-
   // Bytes.
 
   /// The next byte, 0 to 255, or -1 when no byte is left; the end condition holds then.
@@ -126,7 +124,7 @@ class qzistream : public qzstream {
   virtual qzistream& operator>>(qzostream& out);
 
  protected:
-  qzistream();
+  qzistream() = default;
 
  private:
   bool refill();

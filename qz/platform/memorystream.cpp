@@ -17,8 +17,6 @@ qzisstream& qzisstream::operator=(const qzisstream& other) {
   return *this;
 }
 
-qzisstream::~qzisstream() = default;
-
 void qzisstream::set(const char* bytes, unsigned long count, bool copy) {
   set(reinterpret_cast<const unsigned char*>(bytes), count, copy);
 }
@@ -61,10 +59,6 @@ void qzisstream::_qzclose() {
   block.reset();
   owns = false;
 }
-
-qzosstream::qzosstream() { beginWriting(); }
-
-qzosstream::~qzosstream() = default;
 
 std::string qzosstream::str() const {
   const unsigned long held = static_cast<unsigned long>(current - start);

@@ -23,7 +23,6 @@ class qzisstream : public qzistream {
   /// reads in place reads the same block.
   qzisstream(const qzisstream& other);
   qzisstream& operator=(const qzisstream& other);
-  ~qzisstream() override;
 
   /// Points the stream at `count` bytes, positioned at the first. With `copy` false they stay the caller's, must
   /// outlive the reading, and are read in place; with `copy` true the caller may free them at once, also when they
@@ -55,8 +54,7 @@ class qzisstream : public qzistream {
 /// One thread at a time. `tell()` is the number of bytes written.
 class qzosstream : public qzostream {
  public:
-  qzosstream();
-  ~qzosstream() override;
+  qzosstream() { beginWriting(); }
 
   /// Everything written so far; the stream is not disturbed. After `close` it is the same text still.
   [[nodiscard]] std::string str() const;

@@ -30,10 +30,6 @@ void insertByte(qzostream& out, Char value) {
 
 }  // namespace
 
-qzostream::qzostream() = default;
-
-qzostream::~qzostream() = default;
-
 void qzostream::open(const std::string& name) {
   close();
   errorNumber = 0;

@@ -19,8 +19,6 @@ namespace QZPlatform {
 /// `flush` and `close` give false, `failed()` and `error()` tell.
 class qzostream : public qzstream {
  public:
-  ~qzostream() override;
-
   /// Takes `count` bytes and returns how many were accepted; anything other than `count` is a failure. Accepted bytes
   /// may wait in the buffer: only `flush` and `close` say that the sink has them.
   unsigned long write(const char* bytes, unsigned long count);
@@ -81,7 +79,7 @@ class qzostream : public qzstream {
   virtual bool _qzflush();
 
  protected:
-  qzostream();
+  qzostream() = default;
   constexpr explicit qzostream(unsigned char* own) : qzstream(own) {}
 
   /// Makes the stream writable from position 0, through its buffer.
@@ -100,11 +98,17 @@ qzostream& qzendl(qzostream& out);
 qzostream& qzflush(qzostream& out);
 
 inline unsigned long qzostream::write(const unsigned char* bytes, unsigned long count) {
-  if (count > static_cast<unsigned long>(end - current)) return writeOn(bytes, count);
+  if (count > static_cast<unsigned long>(end - current)) {
+    // The address of a small value goes no further than here, so that the caller can keep it in a register.
+    unsigned char small[16] = {};
+    if (!__builtin_constant_p(count) || count > sizeof small) return writeOn(bytes, count);
+    std::memcpy(small, bytes, count);
+    return writeOn(small, count);
+  }
   if (count == 0) return 0;
   unsigned char* const to = current;
-  current = to + count;
   std::memcpy(to, bytes, count);
+  current = to + count;
   return count;
 }
 
