@@ -59,6 +59,10 @@ struct QZIntegerRange {
 /// 0. In a base that divides limit + 1 the value -limit - 1 counts as outside.
 QZNumberPrefix QZReadInteger(std::string_view text, const QZIntegerRange& range, std::uint64_t& value);
 
+/// The quick road for a text that is a plain integer and nothing else: a sign or none and one to nine decimal digits.
+/// False, with `value` as it was, for any other text, also one that holds an integer.
+[[nodiscard]] bool QZReadPlainInteger(std::string_view text, std::int64_t& value);
+
 /// Reads an integer in base 10 over the full range of its type, with an optional sign; "-" only for signed types.
 /// No white space is skipped. No digit, or a value outside the range, gives 0 and the length 0.
 template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
