@@ -43,8 +43,9 @@ constexpr std::string_view kUnset = "--unset";
 /// The parse of one command line. An argument that is neither a key nor a value of one is a word.
 class CommandLine {
  public:
-  CommandLine(QZInterface& itf, const char* programVersion, int argCount, char** args, unsigned int errorLevel)
-      : keys(itf), version(programVersion), argc(argCount), argv(args), level(errorLevel) {}
+  CommandLine(const std::vector<QZParameter*>& parameters, const char* programVersion, int argCount, char** args,
+              unsigned int errorLevel)
+      : keys(parameters), version(programVersion), argc(argCount), argv(args), level(errorLevel) {}
 
   bool Parse(const std::vector<QZParameter*>& keyless) {
     if (!TakeArguments() || !TakeWords(keyless) || !ReadParameterFiles()) return false;
@@ -249,6 +250,16 @@ bool CheckKeylessLists(const std::vector<QZParameter*>& keyless) {
   return good;
 }
 
+/// Of all parameters leaves the keyless ones, in the order of their numbers; false if these are at fault.
+bool SelectKeyless(std::vector<QZParameter*>& parameters) {
+  const auto needsKey = [](const QZParameter* parameter) { return parameter->GetKeyless() == 0; };
+  parameters.erase(std::remove_if(parameters.begin(), parameters.end(), needsKey), parameters.end());
+  std::stable_sort(parameters.begin(), parameters.end(),
+                   [before = KeylessSort()](const QZParameter* a, const QZParameter* b) { return before(*a, *b); });
+  const bool numbersAreGood = CheckKeylessNumbers(parameters);
+  return CheckKeylessLists(parameters) && numbersAreGood;
+}
+
 void EnterProgram(QZInterface& itf, const unsigned char* text, int argc, char** argv) {
   if (!ConfigureNewInterface(itf, text)) return;
   if (QZCheckHelp(itf, argc, argv, true, qzerr)) std::exit(0);
@@ -258,20 +269,16 @@ void EnterProgram(QZInterface& itf, const unsigned char* text, int argc, char** 
 }  // namespace
 
 bool GetKeylessParameters(QZInterface& itf, std::vector<QZParameter*>& keyless) {
-  keyless.clear();
-  for (QZParameter& parameter : QZIter<QZParameter>(itf.GetParameters(true)))
-    if (parameter.GetKeyless() != 0) keyless.push_back(&parameter);
-  std::stable_sort(keyless.begin(), keyless.end(),
-                   [before = KeylessSort()](const QZParameter* a, const QZParameter* b) { return before(*a, *b); });
-  const bool numbersAreGood = CheckKeylessNumbers(keyless);
-  return CheckKeylessLists(keyless) && numbersAreGood;
+  keyless = AllParameters(itf);
+  return SelectKeyless(keyless);
 }
 
 bool QZParseCommandLine(QZInterface& itf, const char* version, int argc, char** argv, const unsigned char* requirements,
                         unsigned int level, bool checkHelp) {
   if (checkHelp && QZCheckHelp(itf, argc, argv, true, qzerr)) std::exit(0);
-  std::vector<QZParameter*> keyless;
-  return GetKeylessParameters(itf, keyless) && CommandLine(itf, version, argc, argv, level).Parse(keyless) &&
+  const std::vector<QZParameter*> parameters = AllParameters(itf);
+  std::vector<QZParameter*> keyless = parameters;
+  return SelectKeyless(keyless) && CommandLine(parameters, version, argc, argv, level).Parse(keyless) &&
          QZHasRequired(itf, requirements, level);
 }
 

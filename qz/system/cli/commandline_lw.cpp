@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "qz/system/cli/commandline.h"
+#include "qz/system/cli/interface_impl.h"
 #include "qz/system/cli/keytable_impl.h"
 #include "qz/system/cli/parsevalues_impl.h"
 #include "qz/system/cli/requirement.h"
@@ -68,7 +69,7 @@ bool AllFitLightWeight(const QZInterface& itf) {
 class LightCommandLine {
  public:
   LightCommandLine(QZInterface& itf, const char* programVersion, int argCount, char** args, unsigned int errorLevel)
-      : keys(itf), version(programVersion), argc(argCount), argv(args), level(errorLevel) {}
+      : keys(AllParameters(itf)), version(programVersion), argc(argCount), argv(args), level(errorLevel) {}
 
   bool Parse(const std::vector<QZParameter*>& keyless) { return TakeSwitches() && TakePositional(keyless) && good; }
 

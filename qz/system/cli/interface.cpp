@@ -55,15 +55,10 @@ QZParameter* FirstParameter(const QZInterfaceImpl& itf, const Test& test) {
   return first;
 }
 
-/// The first parameter with a key that `same` finds to be the wanted one, the name before the aliases.
+/// The first parameter with a key that `same` finds to be the wanted one.
 template <class Same>
 QZParameter* FirstWithKey(const QZInterface& itf, const Same& same) {
-  return FirstParameter(Of(itf), [&same](const QZParameter& parameter) {
-    if (same(parameter.GetName())) return true;
-    for (const std::string& alias : QZIter<const std::string>(parameter.GetAliases()))
-      if (same(alias)) return true;
-    return false;
-  });
+  return FirstParameter(Of(itf), [&same](const QZParameter& parameter) { return parameter.AnyKey(same); });
 }
 
 QZParameter* WithKey(const QZInterface& itf, const std::string& key) {
@@ -240,6 +235,16 @@ QZParameter* ParameterWithFullname(QZInterface& itf, std::string name) { return 
 
 const QZParameter* ParameterWithFullname(const QZInterface& itf, std::string name) {
   return WithKeyInAnyCase(itf, name);
+}
+
+std::vector<QZParameter*> AllParameters(QZInterface& itf) {
+  std::vector<QZParameter*> all = Of(itf).parameters;
+  FirstInterface(Of(itf), [&all](QZInterface& category) {
+    if (Of(category).parameters.empty()) return false;
+    for (QZParameter& parameter : QZIter<QZParameter>(category.GetParameters(false))) all.push_back(&parameter);
+    return false;
+  });
+  return all;
 }
 
 bool HasParametersWithVis(const QZInterface& itf, unsigned int visibility) {

@@ -38,6 +38,9 @@ class QZInterfaceImpl {
   int orderPriority = 0;
 };
 
+/// The parameters of GetParameters(true), in that order.
+std::vector<QZParameter*> AllParameters(QZInterface& itf);
+
 /// QZConfigure for a constructor: false, after the Error that tells it, if the text doesn't configure.
 bool ConfigureNewInterface(QZInterface& itf, const unsigned char* text);
 

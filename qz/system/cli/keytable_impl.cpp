@@ -1,61 +1,88 @@
 #include "qz/system/cli/keytable_impl.h"
 
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "qz/system/text/qzstring.h"
+
 namespace QZSystem {
 
 namespace {
 
-constexpr std::size_t kFirstSlots = 64;
+constexpr std::size_t kLeastSlots = 16;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-/// FNV-1a (Fowler, Noll and Vo 1991) of the key in lower case, with the high bits folded onto the low ones.
-std::uint32_t HashOf(std::string_view key) {
-  std::uint32_t hash = 2166136261U;
-  for (const char c : key) hash = (hash ^ static_cast<unsigned char>(Lower(c))) * 16777619U;
-  return hash ^ (hash >> 15);
+/// Up to eight bytes as a number.
+std::uint64_t Bytes(const char* bytes, std::size_t count) {
+  std::uint64_t number = 0;
+  if (count == sizeof number) {
+    std::memcpy(&number, bytes, sizeof number);
+  } else {
+    for (std::size_t i = 0; i < count; ++i) number = number << 8 | static_cast<unsigned char>(bytes[i]);
+  }
+  return number;
 }
 
-bool IsLowerOf(std::string_view lower, std::string_view key) {
-  if (lower.size() != key.size()) return false;
-  for (std::size_t i = 0; i < key.size(); ++i)
-    if (lower[i] != Lower(key[i])) return false;
-  return true;
+/// Eight bytes at a time, by multiplication. Setting the bit of lower case in every byte gives both cases of a letter
+/// the same hash; that it gives some other bytes the same, too, only costs a comparison.
+std::uint64_t HashOf(std::string_view key) {
+  constexpr std::uint64_t kLowerCase = 0x2020202020202020U;
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+  std::uint64_t hash = key.size();
+  const auto mix = [&hash](std::uint64_t bytes) {
+    hash = (hash ^ (bytes | kLowerCase)) * kFactor;
+    hash ^= hash >> 32;
+  };
+  constexpr std::size_t kStep = sizeof hash;
+  std::size_t at = 0;
+  for (; at + kStep <= key.size(); at += kStep) mix(Bytes(key.data() + at, kStep));
+  // The rest, or, of a longer key, the last eight bytes once more with it.
+  if (at == 0) {
+    mix(Bytes(key.data(), key.size()));
+  } else if (at < key.size()) {
+    mix(Bytes(key.data() + key.size() - kStep, kStep));
+  }
+  return hash;
 }
+
+bool IsSame(std::string_view a, std::string_view b) { return a == b || QZStringEquals(std::string(a), std::string(b)); }
 
 }  // namespace
 
-KeyTable::KeyTable(QZInterface& itf) : slots(kFirstSlots) {
-  for (QZParameter& parameter : QZIter<QZParameter>(itf.GetParameters(true))) {
-    Add(parameter.GetName(), parameter);
-    for (const std::string& alias : QZIter<const std::string>(parameter.GetAliases())) Add(alias, parameter);
-  }
+KeyTable::KeyTable(const std::vector<QZParameter*>& parameters) {
+  std::size_t size = kLeastSlots;
+  while (size < 2 * parameters.size()) size *= 2;
+  slots.resize(size);
+  for (QZParameter* parameter : parameters)
+    parameter->AnyKey([&](const std::string& key) {
+      Add(key, *parameter);
+      return false;
+    });
 }
 
 QZParameter* KeyTable::Find(std::string_view key) const { return slots[Place(key, HashOf(key))].parameter; }
 
-/// The first parameter that brings a key keeps it.
 void KeyTable::Add(std::string_view key, QZParameter& parameter) {
-  const std::uint32_t hash = HashOf(key);
+  if (used == slots.size() / 2) Grow();
+  const std::uint64_t hash = HashOf(key);
   Slot& slot = slots[Place(key, hash)];
   if (slot.parameter != nullptr) return;
-  slot = {&parameter, hash, keys.size(), key.size()};
-  for (const char c : key) keys.push_back(Lower(c));
-  if (++used > slots.size() / 2) Grow();
+  slot = {&parameter, hash, key};
+  ++used;
 }
 
 void KeyTable::Grow() {
   std::vector<Slot> before(2 * slots.size());
   before.swap(slots);
   for (const Slot& slot : before)
-    if (slot.parameter != nullptr) slots[Place(std::string_view(keys).substr(slot.begin, slot.size), slot.hash)] = slot;
+    if (slot.parameter != nullptr) slots[Place(slot.key, slot.hash)] = slot;
 }
 
 /// The slot that has the key, or the free one where it belongs.
-std::size_t KeyTable::Place(std::string_view key, std::uint32_t hash) const {
+std::size_t KeyTable::Place(std::string_view key, std::uint64_t hash) const {
   const std::size_t mask = slots.size() - 1;
   std::size_t at = hash & mask;
-  while (slots[at].parameter != nullptr &&
-         (slots[at].hash != hash || !IsLowerOf(std::string_view(keys).substr(slots[at].begin, slots[at].size), key)))
+  while (slots[at].parameter != nullptr && (slots[at].hash != hash || !IsSame(slots[at].key, key)))
     at = (at + 1) & mask;
   return at;
 }

@@ -137,6 +137,16 @@ class QZParameter {
   bool GetOutput() const { return output; }
   bool GetIsList() const { return isList; }
 
+  /// Whether the test holds for the name or, in their order, for an alias; what lookups by key ask of every parameter,
+  /// without a copy.
+  template <class Test>
+  bool AnyKey(const Test& test) const {
+    if (test(name)) return true;
+    for (const std::string& alias : aliases)
+      if (test(alias)) return true;
+    return false;
+  }
+
   /// The i-th text, loaded or not; "" if there is none.
   std::string GetStringValue(unsigned int i = 0) const;
   std::string GetStringDefault(unsigned int i = 0) const;

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "qz/system/cli/interface_impl.h"
 #include "qz/system/cli/keytable_impl.h"
 #include "qz/system/cli/parsevalues_impl.h"
 #include "qz/system/text/qzstring.h"
@@ -89,7 +90,7 @@ bool ParseParameterFile(const KeyTable& keys, qzistream& in, bool overwrite, uns
 }
 
 bool QZParseParameterFile(QZInterface& itf, qzistream& in, bool overwrite, unsigned int level) {
-  return ParseParameterFile(KeyTable(itf), in, overwrite, level);
+  return ParseParameterFile(KeyTable(AllParameters(itf)), in, overwrite, level);
 }
 
 }  // namespace QZSystem
