@@ -1,6 +1,7 @@
 #include "qz/dataflow/metadata.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "qz/dataflow/buffer.h"
 
@@ -8,36 +9,41 @@ namespace QZDataFlow {
 
 namespace {
 
-/// The bytes may come from anywhere: what can't be read is empty or 0.
-std::string StringOf(const std::vector<unsigned char>& bytes) {
-  QZReadBuffer in(bytes);
-  bool none;
-  const unsigned long length = in.ReadLength(none);
-  if (none || length > in.Remaining()) return {};
-  return std::string(reinterpret_cast<const char*>(in.Position()), length);
+/// Adds a unit, or another option that may stand only once, unless it is there.
+void PutUnit(std::vector<unsigned int>& units, unsigned int key, unsigned int mask) {
+  if (std::find(units.begin(), units.end(), key) != units.end()) return;
+  const auto isDisplaced = [&](unsigned int unit) { return (unit & mask) == (key & mask); };
+  units.erase(std::remove_if(units.begin(), units.end(), isDisplaced), units.end());
+  units.push_back(key);
 }
 
 }  // namespace
 
-bool QZMeta::AppendOption(unsigned int key) {
-  if (HasOption(key)) return false;
-  if (const unsigned int mask = QZMetadata::QZGetMetaPerFieldMask(key); mask != 0) {
-    const auto same = [&](unsigned int option) { return (option & mask) == (key & mask); };
-    options.erase(std::remove_if(options.begin(), options.end(), same), options.end());
-  }
-  options.push_back(key);
-  return true;
-}
-
 QZMeta& QZMeta::SetOption(unsigned int key) {
-  if (AppendOption(key)) std::sort(options.begin(), options.end());
+  QZMeta::SetOptions({key});
   return *this;
 }
 
+// The units, of which two at most remain, are kept apart while the keys are gone through: many options then take no
+// more than their sorting.
 QZMeta& QZMeta::SetOptions(const std::vector<unsigned int>& keys) {
-  if (&keys == &options) return *this;
-  for (const unsigned int key : keys) AppendOption(key);
-  std::sort(options.begin(), options.end());
+  const auto isPlain = [](unsigned int key) { return QZMetadata::QZGetMetaPerFieldMask(key) == 0; };
+  std::vector<unsigned int> all = options;
+  const auto firstUnit = std::partition(all.begin(), all.end(), isPlain);
+  std::vector<unsigned int> units(firstUnit, all.end());
+  all.erase(firstUnit, all.end());
+  for (const unsigned int key : keys) {
+    const unsigned int mask = QZMetadata::QZGetMetaPerFieldMask(key);
+    if (mask == 0) {
+      all.push_back(key);
+    } else {
+      PutUnit(units, key, mask);
+    }
+  }
+  all.insert(all.end(), units.begin(), units.end());
+  std::sort(all.begin(), all.end());
+  all.erase(std::unique(all.begin(), all.end()), all.end());
+  options.swap(all);
   return *this;
 }
 
@@ -112,9 +118,7 @@ void QZMeta::Clear() {
   attributes.clear();
 }
 
-bool QZMeta::HasOption(unsigned int key) const {
-  return std::find(options.begin(), options.end(), key) != options.end();
-}
+bool QZMeta::HasOption(unsigned int key) const { return std::binary_search(options.begin(), options.end(), key); }
 
 /// The value at the place `index` among those of the key, or null.
 const std::vector<unsigned char>* QZMeta::FindValue(unsigned int key, unsigned int index) const {
@@ -142,23 +146,25 @@ bool QZMeta::HasAttributeBytes(unsigned int key, const std::vector<unsigned char
   return std::find(attributes.begin(), attributes.end(), Attribute(key, bytes)) != attributes.end();
 }
 
+template <class T>
+T QZMeta::GetTyped(unsigned int key, unsigned int index) const {
+  const auto* bytes = QZMetadata::TakesAttribute<T>(key) ? FindValue(key, index) : nullptr;
+  return bytes != nullptr ? AttributeFromBytes<T>(*bytes) : T();
+}
+
 template <>
 std::string QZMeta::GetAttribute<std::string>(unsigned int key, unsigned int index) const {
-  const auto* bytes = FindValue(key, index);
-  return bytes != nullptr && QZMetadata::TakesAttribute<std::string>(key) ? StringOf(*bytes) : std::string();
+  return GetTyped<std::string>(key, index);
 }
 
 template <>
 double QZMeta::GetAttribute<double>(unsigned int key, unsigned int index) const {
-  const auto* bytes = FindValue(key, index);
-  return bytes != nullptr && QZMetadata::TakesAttribute<double>(key) ? QZReadBuffer(*bytes).ReadFloat() : 0.0;
+  return GetTyped<double>(key, index);
 }
 
 template <>
 int QZMeta::GetAttribute<int>(unsigned int key, unsigned int index) const {
-  const auto* bytes = FindValue(key, index);
-  return bytes != nullptr && QZMetadata::TakesAttribute<int>(key) ? static_cast<int>(QZReadBuffer(*bytes).ReadInt())
-                                                                  : 0;
+  return GetTyped<int>(key, index);
 }
 
 std::string QZMeta::GetStrAttribute(unsigned int key, unsigned int index) const {
@@ -190,7 +196,12 @@ std::vector<QZMeta::Attribute> QZMeta::GetAttributes(unsigned int key) const {
 
 void QZMeta::AddAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
   attributes.emplace_back(key, bytes);
-  std::sort(attributes.begin(), attributes.end());
+  const auto added = std::prev(attributes.end());
+  if (std::is_sorted(attributes.begin(), added)) {
+    std::rotate(std::upper_bound(attributes.begin(), added, *added), added, attributes.end());
+  } else {
+    std::sort(attributes.begin(), attributes.end());
+  }
 }
 
 void QZMeta::SetAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
@@ -247,10 +258,30 @@ std::vector<unsigned char> QZMeta::AttributeToBytes(const int& value) {
   return out.Get();
 }
 
+// The bytes may come from anywhere: what can't be read is empty or 0.
+template <>
+std::string QZMeta::AttributeFromBytes<std::string>(const std::vector<unsigned char>& bytes) {
+  QZByteSlice slice;
+  bool none;
+  if (!QZReadBuffer(bytes).ReadSlice(slice, none)) return {};
+  return std::string(reinterpret_cast<const char*>(slice.data), slice.size);
+}
+
+template <>
+double QZMeta::AttributeFromBytes<double>(const std::vector<unsigned char>& bytes) {
+  return QZReadBuffer(bytes).ReadFloat();
+}
+
+template <>
+int QZMeta::AttributeFromBytes<int>(const std::vector<unsigned char>& bytes) {
+  return static_cast<int>(QZReadBuffer(bytes).ReadInt());
+}
+
 std::vector<unsigned int> QZFieldMeta::GetFieldRelations(const std::string& name) const {
   std::vector<unsigned int> keys;
   for (const Attribute& attribute : GetAllAttributes()) {
-    if (QZMetadata::IsRelation(attribute.first) && StringOf(attribute.second) == name) keys.push_back(attribute.first);
+    if (QZMetadata::IsRelation(attribute.first) && AttributeFromBytes<std::string>(attribute.second) == name)
+      keys.push_back(attribute.first);
   }
   return keys;
 }
@@ -258,7 +289,7 @@ std::vector<unsigned int> QZFieldMeta::GetFieldRelations(const std::string& name
 std::vector<std::string> QZFieldMeta::GetRelatedFields() const {
   std::vector<std::string> names;
   for (const Attribute& attribute : GetAllAttributes()) {
-    if (QZMetadata::IsRelation(attribute.first)) names.push_back(StringOf(attribute.second));
+    if (QZMetadata::IsRelation(attribute.first)) names.push_back(AttributeFromBytes<std::string>(attribute.second));
   }
   std::sort(names.begin(), names.end());
   names.erase(std::unique(names.begin(), names.end()), names.end());

@@ -100,10 +100,15 @@ class QZMeta {
   static std::vector<unsigned char> AttributeToBytes(const std::string& value);
   static std::vector<unsigned char> AttributeToBytes(const double& value);
   static std::vector<unsigned char> AttributeToBytes(const int& value);
+  /// The value of an encoded form, T being `std::string`, `double` or `int`; the empty string or 0 for bytes that have
+  /// no such value.
+  template <class T>
+  static T AttributeFromBytes(const std::vector<unsigned char>& bytes) = delete;
 
  private:
   const std::vector<unsigned char>* FindValue(unsigned int key, unsigned int index) const;
-  bool AppendOption(unsigned int key);
+  template <class T>
+  T GetTyped(unsigned int key, unsigned int index) const;
   template <class T>
   void SetTyped(unsigned int key, const T& value);
   template <class T>
@@ -119,6 +124,13 @@ template <>
 double QZMeta::GetAttribute<double>(unsigned int key, unsigned int index) const;
 template <>
 int QZMeta::GetAttribute<int>(unsigned int key, unsigned int index) const;
+
+template <>
+std::string QZMeta::AttributeFromBytes<std::string>(const std::vector<unsigned char>& bytes);
+template <>
+double QZMeta::AttributeFromBytes<double>(const std::vector<unsigned char>& bytes);
+template <>
+int QZMeta::AttributeFromBytes<int>(const std::vector<unsigned char>& bytes);
 
 /// The metadata of one field.
 ///

@@ -1,0 +1,74 @@
+#include "qz/system/json/number_impl.h"
+
+#include <rapidjson/internal/dtoa.h>
+#include <rapidjson/internal/itoa.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace QZSystem::JSONImpl {
+
+namespace {
+
+constexpr std::uint64_t kScale = 1'000'000;
+constexpr double kLargest = 1e9;
+
+char* PutWord(std::string_view word, char* out) {
+  std::memcpy(out, word.data(), word.size());
+  return out + word.size();
+}
+
+/// The decimal m / 10^6 that the double stands for, or 0 when it may be none of these; for magnitudes below kLargest,
+/// where it has at most 15 digits.
+///
+/// With so few digits, different decimals are different doubles. So a decimal within half a unit in the last place
+/// of the double reads back as the double, and no other decimal of as many digits or fewer does: without trailing zeros
+/// it is the shortest text. The search of rapidjson (Grisu2; Loitsch 2010) finds it unless it lies at the very edge of
+/// that interval, where its 64-bit arithmetic isn't sure and it may settle for more digits. Hence the distance must be
+/// below 0.48 units, and below 0.24 at a power of two, below which the units are half as large.
+std::uint64_t ShortDecimal(double magnitude) {
+  constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << 52;
+  const std::uint64_t decimal = static_cast<std::uint64_t>(magnitude * static_cast<double>(kScale) + 0.5);
+  std::uint64_t bits;
+  std::memcpy(&bits, &magnitude, sizeof bits);
+  const std::uint64_t fraction = bits & (kHiddenBit - 1);
+  const int shift = 1075 - static_cast<int>(bits >> 52);  // magnitude = (hidden bit + fraction) * 2^-shift
+  if (decimal == 0) return 0;                             // below half a millionth the shift would leave the 128 bits
+  __extension__ using Wide = __int128;
+  const Wide distance = static_cast<Wide>(kHiddenBit + fraction) * kScale - (static_cast<Wide>(decimal) << shift);
+  const std::int64_t allowed = fraction == 0 ? 240'000 : 480'000;
+  return distance <= allowed && distance >= -allowed ? decimal : 0;
+}
+
+/// decimal / 10^6 with at least one digit behind the point, and no zeros after it.
+char* PutDecimal(std::uint64_t decimal, char* out) {
+  out = rapidjson::internal::u32toa(static_cast<std::uint32_t>(decimal / kScale), out);
+  *out++ = '.';
+  const auto rest = static_cast<std::uint32_t>(decimal % kScale);
+  const char* const pairs = rapidjson::internal::GetDigitsLut();
+  std::memcpy(out, pairs + 2 * (rest / 10'000), 2);
+  std::memcpy(out + 2, pairs + 2 * (rest / 100 % 100), 2);
+  std::memcpy(out + 4, pairs + 2 * (rest % 100), 2);
+  char* end = out + 6;
+  while (end[-1] == '0' && end != out + 1) --end;
+  return end;
+}
+
+}  // namespace
+
+char* PutDouble(double value, char* out) {
+  const double magnitude = std::fabs(value);
+  if (magnitude < kLargest) {
+    if (const std::uint64_t decimal = ShortDecimal(magnitude); decimal != 0) {
+      if (value < 0) *out++ = '-';
+      return PutDecimal(decimal, out);
+    }
+  }
+  if (std::isfinite(value)) return rapidjson::internal::dtoa(value, out);
+  if (std::isnan(value)) return PutWord("NaN", out);
+  return PutWord(value < 0 ? "-Infinity" : "Infinity", out);
+}
+
+}  // namespace QZSystem::JSONImpl
