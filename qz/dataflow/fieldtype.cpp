@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "qz/dataflow/readbuffer.h"
+#include "qz/dataflow/listelement_impl.h"
 #include "qz/system/text/stringnumber.h"
 #include "qz/system/text/tokenize.h"
 
@@ -63,46 +63,24 @@ void PutElement(Bytes& out, const std::optional<T>& value) {
   }
 }
 
-// Each reads an element and gives false for one that is cut short.
-
-bool TakeElement(QZReadBuffer& in, long& value, bool& none) {
-  if (!in.IsValid()) return false;
-  const unsigned char head = *in.Position();
-  value = in.ReadInt(none);
-  return !none || !BufferImpl::IsMeasured(head);
-}
-
-bool TakeElement(QZReadBuffer& in, double& value, bool& none) {
-  if (in.Remaining() < sizeof value) return false;
-  value = in.ReadFloat(none);
-  return true;
-}
-
-bool TakeElement(QZReadBuffer& in, bool& value, bool& none) {
-  if (!in.IsValid()) return false;
-  value = in.ReadBool(none);
-  return true;
-}
-
-bool TakeSlice(QZReadBuffer& in, QZByteSlice& slice, bool& none) {
-  if (!in.IsValid()) return false;
-  const unsigned char head = *in.Position();
-  return in.ReadSlice(slice, none) && (!none || !BufferImpl::IsMeasured(head));
-}
-
-bool TakeElement(QZReadBuffer& in, Bytes& value, bool& none) {
-  QZByteSlice slice;
-  if (!TakeSlice(in, slice, none)) return false;
-  value.assign(slice.data, slice.data + slice.size);
-  return true;
-}
-
-bool TakeElement(QZReadBuffer& in, std::string& value, bool& none) {
-  QZByteSlice slice;
-  if (!TakeSlice(in, slice, none)) return false;
-  value.assign(reinterpret_cast<const char*>(slice.data), slice.size);
-  return true;
-}
+/// The value that an element of T is read as, and made into a T.
+template <class T>
+struct Element {
+  using Read = T;
+  static T Make(T value) { return value; }
+};
+template <>
+struct Element<std::string> {
+  using Read = QZByteSlice;
+  static std::string Make(QZByteSlice slice) {
+    return std::string(reinterpret_cast<const char*>(slice.data), slice.size);
+  }
+};
+template <>
+struct Element<Bytes> {
+  using Read = QZByteSlice;
+  static Bytes Make(QZByteSlice slice) { return Bytes(slice.data, slice.data + slice.size); }
+};
 
 template <class T>
 void Keep(std::vector<T>& out, T&& value, bool) {
@@ -118,30 +96,15 @@ void Keep(std::vector<std::optional<T>>& out, T&& value, bool none) {
   }
 }
 
-/// Makes room where elements have a fixed size, by the bytes that are there and not by what the count claims.
-template <class T, class Values>
-void MakeRoom(Values& out, std::size_t count, std::size_t remaining) {
-  if constexpr (std::is_arithmetic_v<T>) {
-    constexpr std::size_t kLeast = std::is_same_v<T, double> ? sizeof(double) : 1;
-    out.reserve(out.size() + std::min(count, remaining / kLeast));
-  }
-}
-
 template <class T, class Values>
 bool TakeList(Values& out, const unsigned char* data, std::size_t size) {
-  QZReadBuffer in(data, size);
-  long count = 0;
-  bool none = false;
-  if (!TakeElement(in, count, none)) return false;
-  if (count < 1) return true;
-  if (static_cast<std::size_t>(count) > in.Remaining()) return false;
-  MakeRoom<T>(out, static_cast<std::size_t>(count), in.Remaining());
-  for (; count > 0; --count) {
-    T value{};
-    if (!TakeElement(in, value, none)) return false;
-    Keep(out, std::move(value), none);
-  }
-  return true;
+  // Room is made where elements have a fixed size, by the bytes that are there and not by what the count claims.
+  const auto makeRoom = [&](std::size_t count, std::size_t remaining) {
+    constexpr std::size_t kLeast = std::is_same_v<T, double> ? sizeof(double) : 1;
+    if constexpr (std::is_arithmetic_v<T>) out.reserve(out.size() + std::min(count, remaining / kLeast));
+  };
+  const auto keep = [&](typename Element<T>::Read value, bool none) { Keep(out, Element<T>::Make(value), none); };
+  return ListElement::ForEach<typename Element<T>::Read>(data, size, makeRoom, keep);
 }
 
 template <class Values>

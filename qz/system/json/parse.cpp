@@ -69,10 +69,9 @@ class CheckHandler {
   bool isObject = false;
 };
 
-/// Reads the member that `fits`, with `get`; a member of another kind gives the warning `unfit`.
-template <class T, class Fits, class Get>
-QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool required, const char* unfit, Fits fits,
-                         Get get) {
+/// Reads the member of that kind with `get`.
+template <class T, class Get>
+QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool required, QZJSONKind kind, Get get) {
   assert(object.IsObject());
   QZJSONAttr<T> attr;
   const auto member = object.FindMember(key);
@@ -82,9 +81,9 @@ QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool require
     return attr;
   }
   attr.found = true;
-  attr.error = !fits(member->value);
+  attr.error = !QZIsJSONKind(member->value, kind);
   if (attr.error) {
-    QZThrow.Warning(std::string(unfit) + key);
+    QZWarnJSONKind(kind, key);
   } else {
     attr.value = get(member->value);
   }
@@ -114,46 +113,62 @@ bool JSONCheckHelper(const std::string& text) {
          JSONImpl::ReportTopLevel(handler.IsObject());
 }
 
+bool QZIsJSONKind(const rapidjson::Value& value, QZJSONKind kind) {
+  switch (kind) {
+    case QZJSONKind::Object:
+      return value.IsObject();
+    case QZJSONKind::Array:
+      return value.IsArray();
+    case QZJSONKind::String:
+      return value.IsString();
+    case QZJSONKind::Boolean:
+      return value.IsBool();
+    case QZJSONKind::Integer:
+      return value.IsInt();
+    case QZJSONKind::Unsigned:
+      return value.IsUint();
+    default:
+      return value.IsNumber();
+  }
+}
+
+void QZWarnJSONKind(QZJSONKind kind, const char* key) {
+  static constexpr const char* kInOrder[] = {kNotObject, kNotArray,    kNotString, kNotBool,
+                                             kNotInt,    kNotUnsigned, kNotDouble};
+  QZThrow.Warning(kInOrder[static_cast<std::size_t>(kind)] + std::string(key));
+}
+
 QZJSONAttr<rapidjson::Value*> GetJSONObjectAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<rapidjson::Value*>(
-      object, key, required, kNotObject, [](const rapidjson::Value& value) { return value.IsObject(); },
-      [](rapidjson::Value& value) { return &value; });
+  return ReadMember<rapidjson::Value*>(object, key, required, QZJSONKind::Object, [](auto& value) { return &value; });
 }
 
 QZJSONAttr<rapidjson::Value*> GetJSONArrayAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<rapidjson::Value*>(
-      object, key, required, kNotArray, [](const rapidjson::Value& value) { return value.IsArray(); },
-      [](rapidjson::Value& value) { return &value; });
+  return ReadMember<rapidjson::Value*>(object, key, required, QZJSONKind::Array, [](auto& value) { return &value; });
 }
 
 QZJSONAttr<std::string> GetJSONStringAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<std::string>(
-      object, key, required, kNotString, [](const rapidjson::Value& value) { return value.IsString(); },
-      [](const rapidjson::Value& value) { return std::string(value.GetString(), value.GetStringLength()); });
+  return ReadMember<std::string>(object, key, required, QZJSONKind::String, [](const auto& value) {
+    return std::string(value.GetString(), value.GetStringLength());
+  });
 }
 
 QZJSONAttr<bool> GetJSONBoolAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<bool>(
-      object, key, required, kNotBool, [](const rapidjson::Value& value) { return value.IsBool(); },
-      [](const rapidjson::Value& value) { return value.GetBool(); });
+  return ReadMember<bool>(object, key, required, QZJSONKind::Boolean,
+                          [](const auto& value) { return value.GetBool(); });
 }
 
 QZJSONAttr<int> GetJSONIntAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<int>(
-      object, key, required, kNotInt, [](const rapidjson::Value& value) { return value.IsInt(); },
-      [](const rapidjson::Value& value) { return value.GetInt(); });
+  return ReadMember<int>(object, key, required, QZJSONKind::Integer, [](const auto& value) { return value.GetInt(); });
 }
 
 QZJSONAttr<unsigned int> GetJSONUnsignedAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<unsigned int>(
-      object, key, required, kNotUnsigned, [](const rapidjson::Value& value) { return value.IsUint(); },
-      [](const rapidjson::Value& value) { return value.GetUint(); });
+  return ReadMember<unsigned int>(object, key, required, QZJSONKind::Unsigned,
+                                  [](const auto& value) { return value.GetUint(); });
 }
 
 QZJSONAttr<double> GetJSONDoubleAttr(rapidjson::Value& object, const char* key, bool required) {
-  return ReadMember<double>(
-      object, key, required, kNotDouble, [](const rapidjson::Value& value) { return value.IsNumber(); },
-      [](const rapidjson::Value& value) { return value.GetDouble(); });
+  return ReadMember<double>(object, key, required, QZJSONKind::Double,
+                            [](const auto& value) { return value.GetDouble(); });
 }
 
 }  // namespace QZSystem

@@ -34,6 +34,15 @@ struct QZJSONAttr {
 [[nodiscard]] bool JSONParseHelper(rapidjson::Document& document, const char* text, std::size_t size);
 [[nodiscard]] bool JSONParseHelper(rapidjson::Document& document, const std::string& text);
 
+/// What a value is expected to be.
+enum class QZJSONKind { Object, Array, String, Boolean, Integer, Unsigned, Double };
+
+/// Whether `value` is of that kind: an integer fits the 32 bits of `int` or `unsigned int` and is written without
+/// fraction and exponent, a double is any number.
+bool QZIsJSONKind(const rapidjson::Value& value, QZJSONKind kind);
+/// Gives the warning that a member `key` of another kind gets from its reader, see below.
+void QZWarnJSONKind(QZJSONKind kind, const char* key);
+
 /// Read the member `key` of the object `object`, which REQUIRES that it is one. Of several members of that name the
 /// first counts. Absent and `required`: the warning "JSON: missing required attribute, key: %s" and `error`. Of another
 /// kind: `found`, `error` and the warning "JSON: must be an object type, key: %s", "JSON: must be an array type, key:

@@ -94,6 +94,11 @@ void QZJSONTextWriter::Double(double value) {
   GiveBack(static_cast<std::size_t>(at + JSONImpl::kDoubleRoom - JSONImpl::PutDouble(value, at)));
 }
 
+void QZJSONTextWriter::Rewind(Mark mark) {
+  GiveBack(buffer.GetSize() - mark.size);
+  depth = mark.depth;
+}
+
 std::string QZJSONTextWriter::Take() {
   std::string text(buffer.GetString(), buffer.GetSize());
   buffer.Clear();

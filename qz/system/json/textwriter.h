@@ -37,6 +37,13 @@ class QZJSONTextWriter {
   void Bool(bool value) { Raw(value ? std::string_view("true") : std::string_view("false")); }
   void Null() { Raw(std::string_view("null")); }
 
+  /// The text so far, as a place to come back to; what was put behind it then goes, and its brackets with it.
+  struct Mark {
+    std::size_t size, depth;
+  };
+  Mark Here() const { return {buffer.GetSize(), depth}; }
+  void Rewind(Mark mark);
+
   /// Notes that the document nests deeper than its reader allows.
   void SetTooDeep() { tooDeep = true; }
   bool IsTooDeep() const { return tooDeep; }
