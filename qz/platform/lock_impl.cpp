@@ -1,5 +1,6 @@
 #include "qz/platform/lock_impl.h"
 
+#include <immintrin.h>
 #include <pthread.h>
 
 namespace QZPlatform {
@@ -7,6 +8,7 @@ namespace QZPlatform {
 namespace {
 
 constexpr int Ranks = 3;
+constexpr int Looks = 200;
 
 // Constant-initialised and never destroyed: locks are made in static initialisers and used in static destructors.
 std::mutex listMutex;
@@ -51,6 +53,16 @@ struct ForkSafeMutexes {
 };
 
 ForkSafeMutex::ForkSafeMutex(LockRank mutexRank) : rank(mutexRank) { ForkSafeMutexes::Add(*this); }
+
+// What these mutexes guard is short, one write at most, and going to sleep costs several times as much: the lock is
+// nearly always free again after a few looks.
+void ForkSafeMutex::LockPatiently() {
+  for (int look = 0; look < Looks; ++look) {
+    _mm_pause();
+    if (mutex.try_lock()) return;
+  }
+  mutex.lock();
+}
 
 ForkSafeMutex::~ForkSafeMutex() { ForkSafeMutexes::Remove(*this); }
 

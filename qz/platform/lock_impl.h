@@ -30,11 +30,15 @@ class __attribute__((capability("mutex"))) ForkSafeMutex {
   ForkSafeMutex(const ForkSafeMutex&) = delete;
   ForkSafeMutex& operator=(const ForkSafeMutex&) = delete;
 
-  void lock() __attribute__((acquire_capability())) { mutex.lock(); }
+  void lock() __attribute__((acquire_capability())) {
+    if (!mutex.try_lock()) LockPatiently();
+  }
   void unlock() __attribute__((release_capability())) { mutex.unlock(); }
 
  private:
   friend struct ForkSafeMutexes;
+
+  void LockPatiently();
 
   std::mutex mutex;
   LockRank rank;

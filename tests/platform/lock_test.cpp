@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -8,25 +6,9 @@
 
 #include "qz/platform/lock_impl.h"
 #include "qz/platform/threadlocal.h"
+#include "tests/platform/childstatus.h"
 
 using namespace QZPlatform;
-
-namespace {
-
-// The exit status of a child that runs `work` and gives its result; one that hangs is ended by a signal.
-template <class Work>
-int StatusOfChild(Work work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(20);
-    _exit(work());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-}  // namespace
 
 TEST(ForkSafeMutex, AChildFindsItFreeAndWhatItGuardsWhole) {
   ForkSafeMutex mutex{LockRank::Service};

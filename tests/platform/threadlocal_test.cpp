@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using QZPlatform::QZThreadLocal;
@@ -108,7 +109,7 @@ struct Nested {
     if (inner != nullptr) depth = inner->Get().depth + 1;
   }
   ~Nested() {
-    if (last != nullptr) last->Get().depth = depth;
+    if (QZThreadLocal<Nested>* const values = std::exchange(last, nullptr)) values->Get().depth = depth;
   }
   int depth = 0;
   static inline QZThreadLocal<Nested>* inner = nullptr;
@@ -127,7 +128,7 @@ TEST(QZThreadLocal, AValueMayLookUpOthersWhileItIsMadeAndWhileItGoes) {
     Nested::inner = nullptr;
     Nested::last = &outer;  // at the end of the thread
   });
-  Nested::last = nullptr;
+  EXPECT_EQ(Nested::last, nullptr);
 }
 
 TEST(QZThreadLocal, AConstructorThatThrowsLeavesNothing) {

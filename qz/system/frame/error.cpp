@@ -11,7 +11,7 @@
 #include <typeinfo>
 #include <utility>
 
-#include "qz/platform/numbertext.h"
+#include "qz/platform/formattext_impl.h"
 #include "qz/platform/version.h"
 #include "qz/system/frame/buildinfo_impl.h"
 #include "qz/system/frame/endprocess_impl.h"
@@ -50,8 +50,6 @@ std::atomic<unsigned int> mainThreshold{QZErrorLevel::Info};
 
 bool IsMainThread() { return gettid() == getpid(); }
 
-// A class that derives from the stream implementation may do anything with a message; only this very class is known to
-// drop it by the threshold.
 bool IsPlain(const QZErrorHandlerImplBase& impl) { return typeid(impl) == typeid(QZErrorHandlerStreamImpl); }
 
 // A call that is stuck, writing to a pipe that nobody reads, doesn't keep the process from ending.
@@ -171,8 +169,14 @@ void QZErrorHandler::Install(QZErrorHandlerImplBase* impl, bool own) {
   implementation.store(impl);
   if (this != &QZThrow) return;
   callsAreCounted.store(!IsPlain(*impl));
-  CloseErrorGate(IsPlain(*impl));
+  CloseErrorGate(DropsBelowLevel(*impl));
   if (IsMainThread()) mainThreshold.store(impl->GetLevel());
+}
+
+// A class that derives from the stream implementation may do anything with a message, unless it says that it does as
+// the stream implementation.
+bool QZErrorHandler::DropsBelowLevel(const QZErrorHandlerImplBase& impl) {
+  return impl.dropsBelowLevel || IsPlain(impl);
 }
 
 // Null stands in the memory of QZThrow alone, and there until its making.
@@ -267,12 +271,13 @@ void QZErrorHandler::Usage(const std::string& text) { Msg(QZErrorLevel::Usage, t
 
 void QZErrorHandler::Msg(unsigned int level, const std::string& text) { Use(*this)->Msg(level, text); }
 
-// A message that the stream implementation will drop isn't formed. Fatal and Usage act even when they are dropped.
+// A message that will be dropped isn't formed. Fatal and Usage act even when they are dropped.
 void QZErrorHandler::Format(unsigned int level, const char* format, std::va_list arguments) {
   const Use impl(*this);
-  if (level < QZErrorLevel::Fatal && IsPlain(*impl) && level < impl->GetLevel()) return;
-  char text[TextSize] = "";
-  QZVSNPrintf(text, sizeof text, format, arguments);
+  if (level < QZErrorLevel::Fatal && DropsBelowLevel(*impl) && level < impl->GetLevel()) return;
+  char text[TextSize];
+  text[0] = '\0';
+  FormatText(text, sizeof text, format, arguments);
   impl->Msg(level, text);
 }
 

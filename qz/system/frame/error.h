@@ -117,6 +117,7 @@ class QZErrorHandler {
   [[gnu::format(printf, 3, 0)]] void Format(unsigned int level, const char* format, std::va_list arguments);
   [[nodiscard]] QZErrorHandlerImplBase& Implementation() const;
   void Install(QZErrorHandlerImplBase* impl, bool own);
+  [[nodiscard]] static bool DropsBelowLevel(const QZErrorHandlerImplBase& impl);
 
   class Use;
 
@@ -141,8 +142,9 @@ class QZThrowUser {
 
 static const QZThrowUser qzThrowUserOfThisUnit;
 
+// A message that is dropped is the usual case: what a loop jumps over is the sending of one.
 inline bool QZErrorHandler::Passes(unsigned int level) const {
-  return this != &QZThrow || level >= errorGate.load(std::memory_order_relaxed);
+  return __builtin_expect(this != &QZThrow || level >= errorGate.load(std::memory_order_relaxed), false);
 }
 
 }  // namespace QZSystem

@@ -66,13 +66,20 @@ class QZErrorHandlerImplBase {
  protected:
   /// Takes over what the copy constructor tells.
   void Copy(const QZErrorHandlerImplBase& other);
+  /// For the constructor of a class whose Msg begins by dropping what is below GetLevel(): from then on such messages
+  /// may stay unformed, and Msg isn't called for them. It holds for this object alone and not for copies of it.
+  /// REQUIRES: GetLevel and SetLevel are those of this class.
+  void DropBelowLevel() { dropsBelowLevel = true; }
 
  private:
+  friend class QZErrorHandler;
+
   static constexpr std::size_t Levels = 9;
 
   QZThreadLocal<QZDefaultErrorLevel> level;
   std::array<std::atomic<std::uint32_t>, Levels> counts;
   std::atomic<bool> strict;
+  bool dropsBelowLevel = false;
 };
 
 /// The implementation that prints to a stream, one line for each message, with a prefix that tells the level.
