@@ -4,6 +4,7 @@
 /// JSON, and streams of them. The layers above come with it.
 
 #include "qz/system.h"
+#include "qz/dataflow/base85.h"
 #include "qz/dataflow/buffer.h"
 #include "qz/dataflow/datarecord.h"
 #include "qz/dataflow/field.h"
@@ -17,4 +18,5 @@
 #include "qz/dataflow/readbuffer.h"
 #include "qz/dataflow/recordbytes.h"
 #include "qz/dataflow/recordio.h"
+#include "qz/dataflow/recordjson.h"
 #include "qz/dataflow/writebuffer.h"

@@ -50,4 +50,5 @@
 #include "qz/system/json/check.h"
 #include "qz/system/json/limits.h"
 #include "qz/system/json/parse.h"
+#include "qz/system/json/textwriter.h"
 #include "qz/system/json/write.h"
