@@ -1,0 +1,82 @@
+#include "qz/system/text/makestring.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "tests/platform/commalocale.h"
+#include "tests/system/text/warnings.h"
+
+namespace {
+
+// Allocations of this many bytes or more fail.
+std::size_t failingSize = SIZE_MAX;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* block = size < failingSize ? std::malloc(size) : nullptr;
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+void operator delete(void* block) noexcept { std::free(block); }
+
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace QZSystem {
+namespace {
+
+TEST(MakeString, PrintsTextsOfEveryLengthWhole) {
+  for (const int length : {0, 1, 1022, 1023, 1024, 1025, 8190, 8191, 8192, 8193, 16383, 16384, 100000}) {
+    const std::string text(static_cast<std::size_t>(length), 'x');
+    EXPECT_EQ(QZMakeString("%s", text.c_str()), text);
+    EXPECT_EQ(QZMakeString("%s%d", text.c_str(), 7), text + "7") << "the arguments are read afresh";
+  }
+  EXPECT_EQ(QZMakeString("%c|%5.2f|%lu", 'a', 1.5, 3ul), "a| 1.50|3");
+  EXPECT_EQ(QZMakeString("a%cb", '\0'), std::string("a\0b", 3));
+  const char* none = nullptr;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  EXPECT_EQ(QZMakeString(none), "");
+#pragma GCC diagnostic pop
+}
+
+TEST(MakeString, WarnsOfATextThatPrintfRefuses) {
+  Warnings warnings;
+  EXPECT_EQ(QZMakeString("%ls", L"\u20ac"), "");
+  EXPECT_EQ(warnings.Take(), "Warning: Unable to resize string memory: 2147483647 (2147483647)\n");
+}
+
+TEST(MakeString, WarnsOfMemoryThatIsNotThere) {
+  Warnings warnings;
+  const std::string text(9000, 'x');
+  failingSize = 16384;
+  const std::string result = QZMakeString("%s", text.c_str());
+  failingSize = SIZE_MAX;
+  EXPECT_EQ(result, "");
+  EXPECT_EQ(warnings.Take(), "Warning: Unable to allocate string memory (16384)\n");
+}
+
+TEST(MakeString, SNPrintfGivesTheFullLength) {
+  char room[4];
+  EXPECT_EQ(QZSNPrintf(room, sizeof room, "%s", "abcdef"), 6);
+  EXPECT_STREQ(room, "abc");
+  EXPECT_EQ(QZSNPrintf(nullptr, 0, "%d", 12345), 5);
+}
+
+TEST(MakeString, LocaleHasNoInfluence) {
+  const QZPlatform::CommaLocale comma;
+  if (!comma.Works()) GTEST_SKIP() << "no locale with a decimal comma";
+  EXPECT_EQ(QZMakeString("%.2f %g", 1.5, 0.25), "1.50 0.25");
+  char room[8];
+  QZSNPrintf(room, sizeof room, "%.1f", 2.5);
+  EXPECT_STREQ(room, "2.5");
+}
+
+}  // namespace
+}  // namespace QZSystem
