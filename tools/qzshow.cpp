@@ -47,10 +47,10 @@ bool isNumeric(const QZFieldBase& field) {
   return kind == QZFieldKind::Int || kind == QZFieldKind::Float;
 }
 
-// Four significant digits, enough to compare by eye.
+// Three significant digits, enough to compare by eye.
 std::string shortNumber(double value) {
   std::string text;
-  QZNumberToString(value, text, 'g', 4);
+  QZNumberToString(value, text, 'g', 3);
   return text;
 }
 
@@ -167,7 +167,7 @@ void addValue(Statistics& statistics, const QZRecord& record, const QZFieldBase&
 }
 
 void showNumbers(const FieldList<Statistics>& fields) {
-  constexpr unsigned int histogramCells = 16;
+  constexpr unsigned int histogramCells = 8;
   TextTable table({{"number"},
                    {"count", true},
                    {"nulls", true},

@@ -47,30 +47,30 @@ TEST_F(Convert, ReadsStandardInputAndWritesStandardOutput) {
 TEST_F(Convert, SetsMetadata) {
   write("a.csv", "m\n1.5\n");
   const Outcome outcome =
-      run("qzconvert a.csv - -outformat json -meta 'm:Units.Mass.Da; m:Annotation.Description=the mass'");
+      run("qzconvert -outformat json -meta 'm:Units.Mass.Da; m:Annotation.Description=the mass' a.csv -");
   EXPECT_EQ(outcome.out,
             "{\"version\":[1,0],\"fields\":[{\"name\":\"m\",\"type\":\"Float\",\"idx\":1,\"meta\":{\"options\":["
             "\"Units.Mass.Da\"],\"attributes\":[[\"Annotation.Description\",\"the mass\"]]},\"nullable\":true,"
             "\"value\":1.5}]}\n");
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -meta m:Units.Mas.Da"),
+  EXPECT_EQ(refusal("qzconvert -meta m:Units.Mas.Da a.csv b.qzr"),
             "Fatal: -meta: there is no metadata Units.Mas.Da; did you mean Units.Mass.Da or Units.Mass.g or "
             "Units.Mass.kg?\n");
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -meta n:Units.Mass.Da"),
+  EXPECT_EQ(refusal("qzconvert -meta n:Units.Mass.Da a.csv b.qzr"),
             "Fatal: a.csv: has no column n (named in -meta); did you mean m?\n");
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -meta m:Annotation.Author"),
+  EXPECT_EQ(refusal("qzconvert -meta m:Annotation.Author a.csv b.qzr"),
             "Fatal: -meta: Annotation.Author needs a value: Annotation.Author=...\n");
 }
 
 TEST_F(Convert, NamesThePlaceOfABadCell) {
   write("a.csv", "n,x\n1,a\n2,b\nthree,c\n");
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -infer 2"),
+  EXPECT_EQ(refusal("qzconvert -infer 2 a.csv b.qzr"),
             "Fatal: a.csv: line 4 (record 3), column n: 'three' is no Int; give the column another type with -types "
             "n:String, or look at more rows with -infer\n");
   EXPECT_FALSE(exists("b.qzr"));
-  EXPECT_EQ(run("qzconvert a.csv b.qzr -infer 2 -types n:String").status, 0);
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -types m:Int"),
+  EXPECT_EQ(run("qzconvert -infer 2 -types n:String a.csv b.qzr").status, 0);
+  EXPECT_EQ(refusal("qzconvert -types m:Int a.csv b.qzr"),
             "Fatal: a.csv: has no column m (named in -types); did you mean n or x?\n");
-  EXPECT_EQ(refusal("qzconvert a.csv b.qzr -types n:Number"),
+  EXPECT_EQ(refusal("qzconvert -types n:Number a.csv b.qzr"),
             "Fatal: -types: 'n:Number' isn't a name, a colon and one of Int, Float, Bool, String\n");
   write("short.csv", "a,b\n1\n");
   EXPECT_EQ(refusal("qzconvert short.csv b.qzr"), "Fatal: short.csv: line 2: has 1 cell, the header line has 2\n");
@@ -85,7 +85,7 @@ TEST_F(Convert, RefusesWhatItCannotOpenOrName) {
             "Fatal: a.dat: the name doesn't tell the format; give -informat csv, tsv, json or binary\n");
   write("a.csv", "n\n1\n");
   EXPECT_EQ(refusal("qzconvert a.csv nosuch/b.qzr"), "Fatal: Cannot write nosuch/b.qzr: No such file or directory\n");
-  EXPECT_EQ(refusal("qzconvert a.csv -outformat csv /dev/full"),
+  EXPECT_EQ(refusal("qzconvert -outformat csv a.csv /dev/full"),
             "Fatal: Cannot write /dev/full: No space left on device\n");
   EXPECT_EQ(refusal("qzconvert -outformat csv a.csv - >/dev/full"),
             "Fatal: Cannot write standard output: No space left on device\n");
@@ -99,7 +99,7 @@ TEST_F(Convert, NamesARecordThatIsDamaged) {
   write("cut.qzr", whole.substr(0, whole.size() - 1));
   EXPECT_EQ(refusal("qzconvert cut.qzr b.csv"),
             "Fatal: cut.qzr: record 3 (byte " + std::to_string(2 * each) + "): the record is damaged or cut short\n");
-  const Outcome piped = run("qzconvert -informat binary - - -outformat csv <cut.qzr");
+  const Outcome piped = run("qzconvert -informat binary -outformat csv - - <cut.qzr");
   EXPECT_EQ(piped.out, "n\n1\n2\n");
   EXPECT_EQ(piped.status, 1);
   write("text.qzr", "no record at all");
@@ -124,18 +124,18 @@ TEST_F(Convert, NeverMakesAWideNumberOfJSONNull) {
 
 TEST_F(Convert, SaysWhatAFormatDrops) {
   write("a.csv", "n\n1\n");
-  ASSERT_EQ(run("qzconvert a.csv a.qzr -meta n:Units.Mass.Da").status, 0);
+  ASSERT_EQ(run("qzconvert -meta n:Units.Mass.Da a.csv a.qzr").status, 0);
   const Outcome outcome = run("qzconvert a.qzr b.csv");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.messages, "b.csv: the format can't hold the metadata of 1 field\n");
-  EXPECT_EQ(refusal("qzconvert a.qzr c.csv -strict"), "Fatal: c.csv: the format can't hold the metadata of 1 field\n");
+  EXPECT_EQ(refusal("qzconvert -strict a.qzr c.csv"), "Fatal: c.csv: the format can't hold the metadata of 1 field\n");
   EXPECT_FALSE(exists("c.csv"));
 }
 
 TEST_F(Convert, EndsQuietlyWhenItsReaderDoes) {
   const Outcome outcome =
       run("{ echo n; seq 1 200000; } >a.csv\n"
-          "{ qzconvert a.csv - -outformat csv; echo $? >status; } | head -n 2; cat status");
+          "{ qzconvert -outformat csv a.csv -; echo $? >status; } | head -n 2; cat status");
   EXPECT_EQ(outcome.out, "n\n1\n0\n");
   EXPECT_EQ(outcome.messages, "");
 }

@@ -17,16 +17,16 @@ class Filter : public ToolRun {
 
   // The table that is left, from a table and from binary records.
   std::string kept(const std::string& options) {
-    const Outcome table = run("qzfilter n.csv - -outformat csv " + options);
+    const Outcome table = run("qzfilter -outformat csv " + options + " n.csv -");
     EXPECT_EQ(table.messages, "") << options;
     EXPECT_EQ(table.status, 0) << options;
-    const Outcome records = run("qzconvert n.csv n.qzr && qzfilter n.qzr - -outformat csv " + options);
+    const Outcome records = run("qzconvert n.csv n.qzr && qzfilter -outformat csv " + options + " n.qzr -");
     if (table.out.find('\n') + 1 != table.out.size()) EXPECT_EQ(records.out, table.out) << options;
     return table.out;
   }
 
   std::string refusal(const std::string& options) {
-    const Outcome outcome = run("qzfilter n.csv o.csv " + options);
+    const Outcome outcome = run("qzfilter " + options + " n.csv o.csv");
     EXPECT_EQ(outcome.status, 1) << options;
     EXPECT_FALSE(exists("o.csv")) << options;
     return outcome.messages;
@@ -62,21 +62,21 @@ TEST_F(Filter, ComputesFieldsInOrder) {
             "name,double,more\nC-14,28,180000000028\nF-18,36,6622\nCl-36,72,9500000000072\n");
   EXPECT_EQ(kept("-set 'mass = half_life / 2' -drop spin,stable,half_life -limit 2"), "name,mass\nH-1,\nC-14,9e+10\n");
   const Outcome meta =
-      run("qzfilter n.csv - -outformat json -set 'd = 2 * mass' -meta d:Units.Mass.Da -keep d -limit 1");
+      run("qzfilter -outformat json -set 'd = 2 * mass' -meta d:Units.Mass.Da -keep d -limit 1 n.csv -");
   EXPECT_EQ(meta.out,
             "{\"version\":[1,0],\"fields\":[{\"name\":\"d\",\"type\":\"Float\",\"idx\":6,\"meta\":{\"options\":["
             "\"Units.Mass.Da\"]},\"nullable\":true,\"value\":3}]}\n");
 }
 
 TEST_F(Filter, Counts) {
-  EXPECT_EQ(run("qzfilter n.csv -count -where 'mass > 10'").out, "3\n");
+  EXPECT_EQ(run("qzfilter -count -where 'mass > 10' n.csv").out, "3\n");
   EXPECT_EQ(run("qzfilter n.csv").messages,
             "Fatal: Give the file to write as -out (or second), or -count to count only\n");
 }
 
 TEST_F(Filter, PassesUntouchedBytesOn) {
-  ASSERT_EQ(run("qzconvert n.csv n.qzr -meta mass:Units.Mass.Da && qzfilter n.qzr all.qzr && qzfilter n.qzr some.qzr "
-                "-where 'mass > 10'")
+  ASSERT_EQ(run("qzconvert -meta mass:Units.Mass.Da n.csv n.qzr && qzfilter n.qzr all.qzr && qzfilter "
+                "-where 'mass > 10' n.qzr some.qzr")
                 .status,
             0);
   const std::string all = read("n.qzr");
@@ -101,13 +101,13 @@ TEST_F(Filter, ExplainsWhatItCannotDo) {
   for (const auto& each : cases) EXPECT_EQ(refusal(each.options), each.message) << each.options;
   const std::string broken = refusal("-where 'mass >'");
   EXPECT_EQ(broken.rfind("Fatal: -where: 'mass >': ", 0), 0U) << broken;
-  const Outcome unmet = run("qzconvert n.csv n.qzr && qzfilter n.qzr o.csv -where 'nosuch > 1'");
+  const Outcome unmet = run("qzconvert n.csv n.qzr && qzfilter -where 'nosuch > 1' n.qzr o.csv");
   EXPECT_EQ(unmet.messages, "n.qzr: no record has the field nosuch\n");
 }
 
 TEST_F(Filter, ToldToBeQuietIs) {
-  EXPECT_EQ(run("qzconvert n.csv n.qzr && qzfilter n.qzr o.csv -where 'nosuch > 1' -quiet").messages, "");
-  EXPECT_EQ(run("qzfilter n.csv o.csv -where 'mass > 10' -verbose").messages, "n.csv: kept 3 of 4 records\n");
+  EXPECT_EQ(run("qzconvert n.csv n.qzr && qzfilter -where 'nosuch > 1' -quiet n.qzr o.csv").messages, "");
+  EXPECT_EQ(run("qzfilter -where 'mass > 10' -verbose n.csv o.csv").messages, "n.csv: kept 3 of 4 records\n");
 }
 
 }  // namespace

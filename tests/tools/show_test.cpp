@@ -15,7 +15,7 @@ TEST_F(Show, AlignsTheFirstRows) {
             "H-1    1.5  1/2+\n"
             "C-14    14\n"
             "Å     2.25  a\\nb\n");
-  EXPECT_EQ(run("qzshow n.csv -rows 1").out, "name  mass  spin\nH-1    1.5  1/2+\nand more rows; see -rows\n");
+  EXPECT_EQ(run("qzshow -rows 1 n.csv").out, "name  mass  spin\nH-1    1.5  1/2+\nand more rows; see -rows\n");
   write("empty.csv", "a,b\n");
   EXPECT_EQ(run("qzshow empty.csv").out, "no records\n");
 }
@@ -27,8 +27,8 @@ TEST_F(Show, FitsTheTerminal) {
 }
 
 TEST_F(Show, TellsTheFields) {
-  ASSERT_EQ(run("qzconvert n.csv n.qzr -meta mass:Units.Mass.Da").status, 0);
-  EXPECT_EQ(run("qzshow n.qzr -schema").out,
+  ASSERT_EQ(run("qzconvert -meta mass:Units.Mass.Da n.csv n.qzr").status, 0);
+  EXPECT_EQ(run("qzshow -schema n.qzr").out,
             "name  type    values  nulls  missing  metadata\n"
             "name  String       3      0        0\n"
             "mass  Float        3      0        0  Units.Mass.Da\n"
@@ -37,9 +37,9 @@ TEST_F(Show, TellsTheFields) {
 }
 
 TEST_F(Show, TellsTheStatistics) {
-  EXPECT_EQ(run("COLUMNS=120 qzshow n.csv -stats").out,
-            "number  count  nulls  least   mean  greatest  deviation  histogram\n"
-            "mass        3      0    1.5  5.917        14      7.009  ██             █\n"
+  EXPECT_EQ(run("COLUMNS=120 qzshow -stats n.csv").out,
+            "number  count  nulls  least  mean  greatest  deviation  histogram\n"
+            "mass        3      0    1.5  5.92        14       7.01  █      ▄\n"
             "text  count  nulls  distinct  most frequent\n"
             "name      3      0         3  C-14 (1), H-1 (1), Å (1)\n"
             "spin      2      1         2  1/2+ (1), a\\nb (1)\n"
