@@ -15,7 +15,7 @@ namespace QZPlatform {
 ///     unsigned char* block = pool.GetBuffer();
 ///     pool.ReleaseBuffer(block);
 ///
-/// Safe from any thread, and over a `fork`.
+/// Safe from any thread. A `fork` finds the pool whole.
 template <unsigned long Size, unsigned long Count>
 class QZBoundedCache {
  public:

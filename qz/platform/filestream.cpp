@@ -76,7 +76,7 @@ bool qzifstream::_qzfill() {
 
 // Asked while the size isn't known: for a regular file that says 0, the first read tells whether it is empty.
 unsigned long qzifstream::_qzsize() {
-  if (descriptor < 0) return 0;
+  if (sizeKnown || descriptor < 0) return total;
   const bool delivers = !regular || offset != 0 || start != end || peek() >= 0;
   return delivers ? NoSize : 0;
 }
@@ -84,6 +84,7 @@ unsigned long qzifstream::_qzsize() {
 bool qzifstream::_qzseek(long position) {
   if (descriptor < 0 || position < 0) return false;
   const unsigned long to = static_cast<unsigned long>(position);
+  if (to == _qztell()) return true;
   if (to > size() || SystemCalls::Seek(descriptor, position, SEEK_SET) != position) return false;
   resetBuffer(to, sizeKnown && to == total);
   return true;

@@ -172,13 +172,13 @@ bool qzistream::extend() {
   const unsigned long unread = static_cast<unsigned long>(end - current);
   const unsigned long position = offset + static_cast<unsigned long>(current - start);
   const bool again = isCarried();
-  if (again)
-    carried.erase(0, static_cast<unsigned long>(current - start));
-  else
-    carried.assign(reinterpret_cast<const char*>(current), unread);
-  carried.reserve(unread + BufferSize);
+  if (!again) carried.assign(reinterpret_cast<const char*>(current), unread);
+  carried.reserve(carried.size() + BufferSize);  // the last that may throw
+  if (again) {
+    carried.erase(0, carried.size() - unread);
+    resetBuffer(position + unread, false);
+  }
   current = end;
-  if (again) resetBuffer(position + unread, false);
   const bool more = _qzfill();
   if (more)
     carried.append(reinterpret_cast<const char*>(current), static_cast<unsigned long>(end - current));

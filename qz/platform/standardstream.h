@@ -9,7 +9,7 @@ namespace QZPlatform {
 ///     qzout << "3171 records" << qzendl;
 ///     qzerr << "Warning: column 2 is empty" << qzendl;
 ///
-/// One thread at a time for each of the two. Both work from any static initialiser to the last static destructor.
+/// One thread at a time. Both work from any static initialiser to the last static destructor.
 /// `qzerr`, and `qzout` on a terminal, go out with every insertion that holds a line end, else `qzout` waits for a
 /// full buffer; `flush()` and the end of the process push out what is held.
 extern qzostream& qzerr;

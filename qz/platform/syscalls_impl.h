@@ -15,7 +15,7 @@
 ///     SystemCalls::ScheduledFault fault(SystemCalls::Call::Write, 3, SystemCalls::Fault::Fail(ENOSPC));
 ///     EXPECT_FALSE(writeTable(out));
 ///
-/// Safe from any thread; a hook is called from all of them. Where a result tells of failure, `errno` says why. An
+/// Safe from any thread. A hook is called from all of them. Where a result tells of failure, `errno` says why. An
 /// interrupted call is repeated, and a descriptor that would block is waited for, before a caller sees anything.
 namespace QZPlatform::SystemCalls {
 

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "qz/platform/syscalls_impl.h"
@@ -149,6 +150,7 @@ TEST(FileReplace, AnyFailureLeavesTheOldFileAlone) {
 
 TEST(FileReplace, TheExitOfTheProcessRemovesWhatIsUnderWay) {
   Folder folder;
+  std::fflush(nullptr);  // or the child would write it too
   const pid_t child = ::fork();
   if (child == 0) {
     auto* const file = new QZFileReplacement(folder / "a");
@@ -165,6 +167,7 @@ TEST(FileReplace, AChildLeavesItsParentsFileAlone) {
   Folder folder;
   QZFileReplacement file(folder / "a");
   file.Out() << "content" << qzendl;
+  std::fflush(nullptr);  // or the child would write it too
   const pid_t child = ::fork();
   if (child == 0) std::exit(0);
   int status = -1;

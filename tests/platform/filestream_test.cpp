@@ -42,6 +42,7 @@ TEST(FileStream, ReadsBackWhatWasWritten) {
     EXPECT_FALSE(in.eof()) << size;
     EXPECT_EQ(in.size(), size);
     EXPECT_EQ(readAll(in), bytes) << size;
+    EXPECT_EQ(in._qzsize(), size);
     EXPECT_TRUE(in.eof()) << size;
   }
 }
@@ -201,6 +202,7 @@ TEST(FileStream, APipeIsReadAsItArrives) {
   qzifstream in;
   in.attach(pipe.Read(), false);
   EXPECT_EQ(in.size(), NoSize);
+  EXPECT_TRUE(in.seek(0));  // where it stands
   pipe.Give("12 ab");
   int value = 0;
   in >> value;

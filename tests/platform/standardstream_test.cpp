@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <functional>
 
 #include "qz/platform/memorystream.h"
@@ -39,6 +40,7 @@ std::string written(int descriptor, const std::function<void()>& run, bool throu
   streamtest::Folder folder;
   const std::string path = folder / "out";
   qzout.flush();
+  std::fflush(nullptr);  // or the child would write it too
   const pid_t child = ::fork();
   if (child == 0) {
     const int file = ::open(path.c_str(), O_CREAT | O_WRONLY | O_APPEND, 0600);
