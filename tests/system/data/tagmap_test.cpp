@@ -25,9 +25,12 @@ namespace {
 thread_local long allocations = 0;
 thread_local long failingAllocation = -1;
 
+void* AllocateOrNull(std::size_t size) {
+  return allocations++ == failingAllocation ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
 void* Allocate(std::size_t size) {
-  if (allocations++ == failingAllocation) throw std::bad_alloc();
-  if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;
+  if (void* const block = AllocateOrNull(size)) return block;
   throw std::bad_alloc();
 }
 
@@ -62,6 +65,8 @@ const std::string longName = "a name that is too long to stand inside a string o
 
 void* operator new(std::size_t size) { return Allocate(size); }
 void* operator new[](std::size_t size) { return Allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AllocateOrNull(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return AllocateOrNull(size); }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
