@@ -52,7 +52,7 @@ TEST(NumberStats, MatchesTheTextbook) {
   EXPECT_DOUBLE_EQ(stats.Deviation(), 2.1380899352993952);
   EXPECT_EQ(stats.Least(), 2);
   EXPECT_EQ(stats.Greatest(), 9);
-  EXPECT_EQ(stats.Histogram(7), "▂ █▅ ▂▂");
+  EXPECT_EQ(stats.Histogram(7), "▃ █▆ ▃▃");
   EXPECT_FALSE(stats.IsLogarithmic());
 }
 

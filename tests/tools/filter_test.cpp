@@ -65,7 +65,7 @@ TEST_F(Filter, ComputesFieldsInOrder) {
       run("qzfilter -outformat json -set 'd = 2 * mass' -meta d:Units.Mass.Da -keep d -limit 1 n.csv -");
   EXPECT_EQ(meta.out,
             "{\"version\":[1,0],\"fields\":[{\"name\":\"d\",\"type\":\"Float\",\"idx\":6,\"meta\":{\"options\":["
-            "\"Units.Mass.Da\"]},\"nullable\":true,\"value\":3}]}\n");
+            "\"Units.Mass.Da\"]},\"nullable\":true,\"value\":3.0}]}\n");
 }
 
 TEST_F(Filter, Counts) {
