@@ -1,3 +1,8 @@
+// Floating-point numbers from text. The digits are gathered in a 64-bit integer, eight at a time, while the grammar is
+// followed. Most numbers then need one exact operation on doubles; those with up to 19 digits and a moderate exponent,
+// one 128-bit product; the few that are left are put in order and given to the standard library. All roads round once,
+// to the nearest, and so agree.
+
 #include <charconv>
 #include <limits>
 

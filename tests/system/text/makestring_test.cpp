@@ -17,15 +17,16 @@ std::size_t failingSize = SIZE_MAX;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined, so that the compiler takes them for the pair that they are.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   void* block = size < failingSize ? std::malloc(size) : nullptr;
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
 
-void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
 
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace QZSystem {
 namespace {
