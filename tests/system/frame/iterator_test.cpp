@@ -245,7 +245,7 @@ TEST(ConcatIter, PushStaysOnAnElement) {
   ++*first;
   const std::unique_ptr<QZIterBase<int>> all(first->Push(Cache({3})));
   EXPECT_EQ(**all, 2);
-  all->Push(Cache({4}));
+  EXPECT_EQ(all->Push(Cache({4})), all.get());
   EXPECT_EQ(**all, 2);
 }
 
