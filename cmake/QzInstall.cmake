@@ -1,8 +1,12 @@
 # Headers, libraries, the CMake package and a pkg-config file for each component.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/qz" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  FILES_MATCHING PATTERN "*.h" PATTERN "syscalls_impl.h" EXCLUDE)
+# The umbrella headers and all that they include; .ci/house proves that the list is just that.
+file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/installed_headers.txt" headers)
+foreach(header IN LISTS headers)
+  get_filename_component(folder "${header}" DIRECTORY)
+  install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
+endforeach()
 install(TARGETS qztoolkit_platform qztoolkit_system qztoolkit_dataflow EXPORT qztoolkitTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(EXPORT qztoolkitTargets NAMESPACE qztoolkit:: DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/qztoolkit")
