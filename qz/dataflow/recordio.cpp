@@ -3,13 +3,11 @@
 #include <algorithm>
 
 #include "qz/dataflow/datarecord_impl.h"
+#include "qz/dataflow/recordjson.h"
 #include "qz/dataflow/recordunloading_impl.h"
 #include "qz/system/frame/error.h"
 
 namespace QZDataFlow {
-
-std::string QZRecordToJSON(const QZRecord& record);
-bool QZRecordFromJSON(QZRecord& record, const std::string& text);
 
 namespace {
 
