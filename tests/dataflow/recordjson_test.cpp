@@ -1,0 +1,512 @@
+#include "qz/dataflow/recordjson.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+
+#include "qz/dataflow/fieldtype.h"
+#include "qz/dataflow/readbuffer.h"
+#include "qz/dataflow/recordbytes.h"
+#include "tests/dataflow/bytes.h"
+#include "tests/system/cli/messages.h"
+
+namespace QZDataFlow {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr unsigned int kPrecision = 0x06020002;
+constexpr unsigned int kAuthor = 0x02000002;
+constexpr unsigned int kErrorsFor = 0x07000002;
+constexpr unsigned int kLower = 0x09000001;
+
+/// A document with these fields.
+std::string Document(const std::string& fields) { return "{\"version\":[1,0],\"fields\":[" + fields + "]}"; }
+
+/// A field "a" of that type, with a value unless its text is empty.
+std::string Field(const std::string& type, const std::string& value) {
+  return "{\"name\":\"a\",\"type\":\"" + type + "\",\"idx\":1" + (value.empty() ? "" : ",\"value\":" + value) + "}";
+}
+
+/// What is read from a document and written again, and the messages.
+std::string Again(const std::string& document) {
+  Messages messages;
+  QZRecord record;
+  const bool read = QZRecordFromJSON(record, document);
+  return (read ? "" : "false ") + QZRecordToJSON(record) + messages.Take();
+}
+
+std::string Warning(const std::string& text) { return "Warning: " + text + "\n"; }
+
+class MolHandler : public QZFieldTypeHandler {
+ public:
+  std::string GetName() const override { return "Mol"; }
+  std::string BytesToJSON(const Bytes& bytes) const override { return std::string(bytes.begin(), bytes.end()); }
+  Bytes JSONToBytes(const std::string& json) const override { return Bytes(json.begin(), json.end()); }
+};
+
+class MuteHandler : public QZFieldTypeHandler {
+ public:
+  std::string GetName() const override { return "Mute"; }
+};
+
+void RegisterHandlers() {
+  auto& registry = QZFieldTypeHandlerRegistry::GetInstance();
+  if (registry.GetHandler("Mol") == nullptr) registry.RegisterHandler(new MolHandler, 0);
+  if (registry.GetHandler("Mute") == nullptr) registry.RegisterHandler(new MuteHandler, 0);
+}
+
+QZRecord Sample() {
+  QZRecord record;
+  QZFieldMeta smiles, energy;
+  smiles.SetOption(0x05010002);
+  energy.SetOption(0x08020007).SetAttribute(kPrecision, 3);
+  record.SetSourceID("s1");
+  record.SetValue(QZField<long>("count"), 7);
+  record.SetValue(QZField<std::string>("name", smiles), "x");
+  record.SetValue(QZField<double>("score", energy, false, true), 0.5);
+  record.SetValue(QZField<Bytes>("bits"), Bytes{1, 2, 3, 4, 5});
+  record.SetValue(QZField<QZRange>("span"), QZRange(0.5, 2.0, 2));
+  record.SetValue(QZVectorField<long>("ids"), std::vector<std::optional<long>>{1, std::nullopt, 3});
+  record.SetValue(QZField<long>("gone"), std::nullopt);
+  return record;
+}
+
+const std::string& SampleText() {
+  static const std::string text =
+      R"({"version":[1,0],"source id":"s1","fields":[)"
+      R"({"name":"count","type":"Int","idx":1,"value":7},)"
+      R"({"name":"name","type":"String","idx":2,"meta":{"options":["Hints.Chem.SMILES"]},"value":"x"},)"
+      R"({"name":"score","type":"Float","idx":3,"meta":{"options":["Units.Energy.kCal_per_mol"],)"
+      R"("attributes":[["Display.Values.Precision",3]]},"nullable":true,"value":0.5},)"
+      R"({"name":"bits","type":"Blob","idx":4,"value":"0RjUA1p"},)"
+      R"({"name":"span","type":"Range","idx":5,"value":[0.5,2.0,0.0,2.0]},)"
+      R"({"name":"ids","type":"IntVec","idx":6,"value":[1,null,3]},)"
+      R"({"name":"gone","type":"Int","idx":7,"value":null}]})";
+  return text;
+}
+
+TEST(RecordJSON, TheDocumentOfARecordAndBack) {
+  const QZRecord record = Sample();
+  QZRecord same;
+  same = record;
+  same.SetSourceID("s1");
+  EXPECT_EQ(QZRecordToJSON(same), SampleText());
+  QZRecord read;
+  ASSERT_TRUE(QZRecordFromJSON(read, SampleText() + "\n"));
+  EXPECT_EQ(QZRecordToBytes(read), QZRecordToBytes(same));
+  EXPECT_EQ(QZRecordToJSON(QZRecord()), Document(""));
+}
+
+TEST(RecordJSON, ValuesOfEveryTypeComeBackAsTheyWere) {
+  const struct {
+    const char *type, *value;
+  } cases[] = {
+      {"Int", "-2147483648"},
+      {"Float", "0.1"},
+      {"Float", "-0.0"},
+      {"Float", "NaN"},
+      {"Float", "-Infinity"},
+      {"Float", "1e-300"},
+      {"String", R"("a\"\\\n\u0000é")"},
+      {"Bool", "true"},
+      {"Bool", "false"},
+      {"Blob", R"("")"},
+      {"Range", "[null,5.0,1.0,3.0]"},
+      {"Range", "[1.0,null,-1.0,0.0]"},
+      {"Range", "[null,null,0.0,0.0]"},
+      {"JSONObject", R"({"b":[1,{"a":NaN}],"a":null})"},
+      {"Link", R"({})"},
+      {"IntVec", "[]"},
+      {"IntVec", "[-1,null,2147483647]"},
+      {"FloatVec", "[0.5,null,NaN,1e22]"},
+      {"StringVec", R"(["",null,"x\\"])"},
+      {"BoolVec", "[true,null,false]"},
+      {"BlobVec", R"(["{{",null,""])"},
+      {"Record", R"({"version":[1,0],"source id":"in","fields":[{"name":"b","type":"Int","idx":1,"value":1}]})"},
+      {"RecordVec", R"([{"version":[1,0],"fields":[]},null])"},
+      {"Mol", R"({"atoms":[1]})"},
+      {"Mol", R"([{},1])"},
+      {"vec:Int", "5"},
+      {"Mol", "null"},
+      {"Nobody", "null"},
+  };
+  RegisterHandlers();
+  for (const auto& [type, value] : cases) {
+    const std::string document = Document(Field(type, value));
+    EXPECT_EQ(Again(document), document);
+  }
+}
+
+TEST(RecordJSON, ValuesTakeTheirOwnForm) {
+  const struct {
+    const char *type, *value, *written;
+  } cases[] = {
+      {"Int", "", "0"},
+      {"Float", "", "0.0"},
+      {"Float", "3", "3.0"},
+      {"Float", "4294967296", "4294967296.0"},
+      {"String", "", R"("")"},
+      {"Bool", "", "false"},
+      {"Blob", "", R"("")"},
+      {"Range", "", "[null,null,0.0,0.0]"},
+      {"Range", "[1,2,0,1,3]", "[null,null,0.0,0.0]"},
+      {"Range", "[1,2,7,1]", "[null,2.0,1.0,1.0]"},
+      {"Range", "[1,2,-7,1]", "[1.0,null,-1.0,1.0]"},
+      {"Range", "[1,2,null,2]", "[1.0,2.0,0.0,2.0]"},
+      {"Range", R"([1,"x",2,2])", "[null,null,0.0,0.0]"},
+      {"Range", "[3,2,0,0]", "[null,null,0.0,0.0]"},
+      {"JSONObject", "", "null"},
+      {"Link", "", "null"},
+      {"JSONObject", R"({ "a" : [ 1 ] })", R"({"a":[1]})"},
+      {"IntVec", "", "[]"},
+      {"IntVec", "[2147483648,4294967295,-9223372036854775808,18446744073709551615]", "[-2147483648,-1,0,-1]"},
+      {"FloatVec", "[1]", "[1.0]"},
+      {"Record", "", R"({"version":[1,0],"fields":[]})"},
+      {"Record", "{}", R"({"version":[1,0],"fields":[]})"},
+      {"RecordVec", "", "[]"},
+      {"Mol", R"("{\"a\":1}")", R"({"a":1})"},
+      {"Mol", R"("")", "null"},
+      {"Mute", "{}", "null"},
+      {"Nobody", "1", "null"},
+  };
+  RegisterHandlers();
+  for (const auto& [type, value, written] : cases) {
+    const std::string again = Again(Document(Field(type, value)));
+    EXPECT_EQ(again.substr(0, again.find("Warning")), Document(Field(type, written))) << type << ' ' << value;
+  }
+  EXPECT_EQ(Again(Document(Field("Nobody", ""))), Document(Field("Nobody", "")));
+}
+
+TEST(RecordJSON, ValuesOfTheWrongKindMakeTheFieldNull) {
+  const struct {
+    const char *type, *value, *message;
+  } cases[] = {
+      {"Int", "2147483648", "JSON: expects type of: integer, key: value"},
+      {"Int", "1.0", "JSON: expects type of: integer, key: value"},
+      {"Int", "true", "JSON: expects type of: integer, key: value"},
+      {"Float", "\"1\"", "JSON: expects type of: Double, key: value"},
+      {"String", "1", "JSON: expects type of: string, key: value"},
+      {"Bool", "1", "JSON: expects type of: boolean, key: value"},
+      {"Blob", "[]", "JSON: expects type of: string, key: value"},
+      {"Blob", "\"00 00\"", "Base85: invalid character at offset 2"},
+      {"Range", "{}", "JSON: must be an array type, key: value"},
+      {"JSONObject", "[]", "JSON: must be an object type, key: value"},
+      {"Link", "\"{}\"", "JSON: must be an object type, key: value"},
+      {"Record", "[]", "JSON: must be an object type, key: value"},
+      {"IntVec", "{}", "JSON: must be an array type, key: value"},
+      {"IntVec", "[1,2.0]", "JSON: expects type of: integer, key: value"},
+      {"IntVec", "[18446744073709551616]", "JSON: expects type of: integer, key: value"},
+      {"FloatVec", "[1.0,\"x\"]", "JSON: expects type of: Double, key: value"},
+      {"StringVec", "[\"x\",1]", "JSON: expects type of: string, key: value"},
+      {"BoolVec", "[0]", "JSON: expects type of: boolean, key: value"},
+      {"BlobVec", "[[]]", "JSON: expects type of: string, key: value"},
+      {"BlobVec", "[\"00\",\"~~~~~\"]", "Base85: invalid character at offset 0"},
+      {"RecordVec", "[null,1]", "JSON: must be an object type, key: value"},
+  };
+  for (const auto& [type, value, message] : cases) {
+    EXPECT_EQ(Again(Document(Field(type, value))), Document(Field(type, "null")) + Warning(message)) << value;
+  }
+  RegisterHandlers();
+  EXPECT_EQ(Again(Document(Field("Mol", "1"))),
+            Document("") + Warning("Only objects, arrays of objects, and strings allowed for user field types"));
+}
+
+TEST(RecordJSON, WhatIsNoRecordIsRefusedAndWhatWasReadStays) {
+  const std::string field = Field("Int", "1");
+  const struct {
+    std::string text, result;
+  } cases[] = {
+      {"", "false " + Document("") + Warning("JSON: parse error offset 0: The document is empty.")},
+      {"[]", "false " + Document("") + Warning("JSON: Top level document must be an object")},
+      {R"({"fields":[]})", "false " + Document("") + Warning("JSON: missing required attribute, key: version")},
+      {R"({"version":1})", "false " + Document("") + Warning("JSON: must be an array type, key: version")},
+      {R"({"version":[1]})", "false " + Document("")},
+      {R"({"version":["x",{}]})", Document("")},
+      {R"({"version":[9,9],"source id":1})",
+       "false " + Document("") + Warning("JSON: expects type of: string, key: source id")},
+      {R"({"version":[1,0],"fields":{}})",
+       "false " + Document("") + Warning("JSON: must be an array type, key: fields")},
+      {Document(field + ",1," + Field("String", "\"x\"")), "false " + Document(field)},
+      {Document(R"({"type":"Int","idx":1})"), Document("") + Warning("JSON: missing required attribute, key: name")},
+      {Document(R"({"name":"a","type":1,"idx":1})"),
+       Document("") + Warning("JSON: expects type of: string, key: type")},
+      {Document(R"({"name":"a","type":"Int","idx":-1})"),
+       Document("") + Warning("JSON: expects type of: unsigned, key: idx")},
+      {Document(R"({"name":"a","type":"","idx":1,"value":1})"), Document("")},
+      {Document(R"({"name":"a","type":"Int","idx":1,"meta":[],"nullable":1,"child":1,"value":null})"),
+       Document(Field("Int", "null")) + Warning("JSON: must be an object type, key: meta") +
+           Warning("JSON: expects type of: boolean, key: nullable") +
+           Warning("JSON: must be an object type, key: child")},
+  };
+  for (const auto& [text, result] : cases) EXPECT_EQ(Again(text), result) << text;
+}
+
+TEST(RecordJSON, FieldsAreAddedAndTakeTheNextIndex) {
+  QZRecord record;
+  const std::string two =
+      R"({"name":"b","type":"Int","idx":1,"value":1},{"name":"a","type":"Int","idx":5,"nullable":false,"value":2})";
+  ASSERT_TRUE(QZRecordFromJSON(record, Document(two)));
+  ASSERT_TRUE(QZRecordFromJSON(record, Document(R"({"name":"b","type":"String","idx":1,"value":"x"})")));
+  EXPECT_EQ(QZRecordToJSON(record), Document(R"({"name":"a","type":"Int","idx":2,"value":2},)"
+                                             R"({"name":"b","type":"String","idx":3,"value":"x"})"));
+  EXPECT_EQ(Again(Document(R"({"name":"a","type":"Int","idx":9,"nullable":true})")),
+            Document(R"({"name":"a","type":"Int","idx":1,"nullable":true,"value":0})"));
+}
+
+TEST(RecordJSON, IntegersOf64BitsAreWrittenInFull) {
+  QZRecord record;
+  for (const long value : {std::numeric_limits<long>::min(), std::numeric_limits<long>::max(), 2147483648L}) {
+    record.SetValue(QZField<long>("a"), value);
+    EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", std::to_string(value))));
+  }
+}
+
+TEST(RecordJSON, EveryDoubleAndItsRangeComeBack) {
+  std::mt19937_64 random(5);
+  const QZField<double> number("a");
+  const QZField<QZRange> range("r");
+  for (int i = 0; i < 3000; ++i) {
+    const std::uint64_t bits = random();
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    if (!std::isfinite(value)) continue;
+    QZRecord record, read;
+    record.SetValue(number, value);
+    ASSERT_TRUE(QZRecordFromJSON(read, QZRecordToJSON(record)));
+    ASSERT_EQ(read.GetBytes(number), record.GetBytes(number)) << value;
+  }
+}
+
+TEST(RecordJSON, BytesThatDontDecodeAreTheDefault) {
+  const struct {
+    const char *type, *bytes, *written;
+  } cases[] = {
+      {"Int", "01 00 00 00 00 00 00 00 00", "0"},
+      {"Float", "00", "0.0"},
+      {"Range", "78", "[null,null,0.0,0.0]"},
+      {"JSONObject", "5B 5D", "null"},
+      {"FloatVec", "02 00 00 00 00 00 00 E0 3F", "[]"},
+      {"StringVec", "02 01 61 05", "[]"},
+      {"RecordVec", "05 00", "[]"},
+      {"Record", "78", R"({"version":[1,0],"fields":[]})"},
+  };
+  Messages messages;
+  for (const auto& [type, bytes, written] : cases) {
+    QZRecord record;
+    ASSERT_TRUE(QZRecordFromJSON(record, Document(Field(type, "null"))));
+    record.SetBytes(record.GetFields().front(), FromHex(bytes));
+    EXPECT_EQ(QZRecordToJSON(record), Document(Field(type, written))) << type;
+  }
+}
+
+TEST(RecordJSON, DecodedValuesCount) {
+  QZRecord record;
+  const QZField<long> number("a");
+  record.AddToCache(number, std::make_shared<long>(5));
+  EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", "5")));
+  *std::static_pointer_cast<long>(record.CheckCache(number)) = 6;
+  record.MarkCacheDirty(number);
+  EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", "6")));
+}
+
+const char kChildren[] =
+    R"({"name":"m","type":"Int","idx":8,"child":{"a":{"version":[1,0],"fields":[{"name":"n","type":"Int","idx":1,"value":1}]},)"
+    R"("":{"version":[1,0],"fields":[{"name":"n","type":"Int","idx":1,"value":2}]}},"value":2})";
+
+TEST(RecordJSON, ChildRecordsStandUnderTheirKeysAndTheFieldsOwnIndex) {
+  const QZField<long> field("m"), number("n");
+  QZRecord record;
+  ASSERT_TRUE(QZRecordFromJSON(record, Document(kChildren)));
+  EXPECT_EQ(record.GetFieldIdx(field), 1U);
+  EXPECT_EQ(record.GetChildRecords(field).size(), 2U);
+  EXPECT_EQ(record.GetChildRecord(field, "a")->GetValue(number), 1);
+  const std::string text = QZRecordToJSON(record);
+  EXPECT_EQ(text,
+            Document(R"({"name":"m","type":"Int","idx":1,"child":{)"
+                     R"("":{"version":[1,0],"fields":[{"name":"n","type":"Int","idx":1,"value":2}]},)"
+                     R"("a":{"version":[1,0],"fields":[{"name":"n","type":"Int","idx":1,"value":1}]}},"value":2})"));
+  record.GetChildRecord(field, "a")->SetValue(number, 3);
+  EXPECT_NE(QZRecordToJSON(record), text) << "a child that was changed in place";
+  record.SetValue(field, std::nullopt);
+  EXPECT_EQ(Again(QZRecordToJSON(record)), Document(R"({"name":"m","type":"Int","idx":1,"value":null})"));
+  EXPECT_EQ(
+      Again(Document(R"({"name":"m","type":"Int","idx":1,"child":{"a":1},"value":2})")),
+      Document(R"({"name":"m","type":"Int","idx":1,"value":2})") + Warning("JSON: must be an object type, key: child"));
+}
+
+TEST(FieldMetaJSON, NamesOptionsAndAttributes) {
+  QZFieldMeta meta;
+  EXPECT_EQ(QZFieldMetaToJSON(meta), "{}");
+  meta.SetOptions({0x0500FFFF, 0x04000001}).AddAttribute(kErrorsFor, "b").AddAttribute(kErrorsFor, "a\n");
+  meta.SetAttribute(kLower, 0.5).SetAttribute(kPrecision, -3);
+  meta.AddAttributeBytes(0x02001234, {1, 'x'});
+  meta.AddAttributeBytes(0x04000002, {1, 'x'});
+  const std::string text =
+      R"({"options":["Flags.ID",""],"attributes":[["Flags.Deprecated"],["Display.Values.Precision",-3],)"
+      R"(["Relations.ErrorsFor","b"],["Relations.ErrorsFor","a\n"],["Limits.Lower",0.5]]})";
+  EXPECT_EQ(QZFieldMetaToJSON(meta), text);
+  QZFieldMeta read;
+  ASSERT_TRUE(QZFieldMetaFromJSON(read, text, true));
+  EXPECT_EQ(QZFieldMetaToJSON(read),
+            R"({"options":["Flags.ID"],"attributes":[["Display.Values.Precision",-3],)"
+            R"(["Relations.ErrorsFor","b"],["Relations.ErrorsFor","a\n"],["Limits.Lower",0.5]]})");
+  read.Clear();
+  read.AddAttributeBytes(0x02001234, {1, 'x'});
+  EXPECT_EQ(QZFieldMetaToJSON(read), R"({"attributes":[]})");
+}
+
+TEST(FieldMetaJSON, AddsOptionsAndReplacesAttributes) {
+  QZFieldMeta meta;
+  meta.SetOptions({0x08040001, 0x04000001})
+      .AddAttribute(kAuthor, "x")
+      .AddAttribute(kAuthor, "y")
+      .SetAttribute(kLower, 1.0);
+  const std::string text = R"({"attributes":[["Annotation::Author","b"],["Annotation.Author","a"],["Limits.Lower",2]],)"
+                           R"("options":["Units.Time.ms","Nothing"]})";
+  ASSERT_TRUE(QZFieldMetaFromJSON(meta, text, false));
+  EXPECT_EQ(
+      QZFieldMetaToJSON(meta),
+      R"({"options":["Flags.ID","Units.Time.ms"],"attributes":[["Annotation.Author","a"],["Annotation.Author","b"],)"
+      R"(["Limits.Lower",2.0]]})");
+  ASSERT_TRUE(QZFieldMetaFromJSON(meta, R"({"options":[]})", true));
+  EXPECT_TRUE(meta.IsEmpty());
+}
+
+TEST(FieldMetaJSON, PassesOverWhatIsNoElement) {
+  const struct {
+    const char *text, *result, *key;
+    int warnings;
+  } cases[] = {
+      {R"({"options":["Flags.ID",1,null,[]]})", R"({"options":["Flags.ID"]})", "options", 3},
+      {R"({"attributes":[1,[],[1,2],["Limits.Lower"],["Limits.Lower","x"],["Limits.Lower",3,4]]})",
+       R"({"attributes":[["Limits.Lower",3.0]]})", "attributes", 5},
+      {R"({"attributes":[["Annotation.Author",1],["Display.Values.Priority",1.0],["Display.Values.Priority",1e9]]})",
+       "{}", "attributes", 3},
+      {R"({"attributes":[["Nothing"],["Flags.ID",{}]]})", "{}", "attributes", 0},
+  };
+  Messages messages;
+  for (const auto& [text, result, key, warnings] : cases) {
+    QZFieldMeta meta;
+    EXPECT_TRUE(QZFieldMetaFromJSON(meta, text, true)) << text;
+    EXPECT_EQ(QZFieldMetaToJSON(meta), result) << text;
+    std::string expected;
+    for (int i = 0; i < warnings; ++i) expected += Warning("JSON: expects type of: string, key: " + std::string(key));
+    EXPECT_EQ(messages.Take(), expected) << text;
+  }
+  QZFieldMeta meta;
+  meta.SetOption(0x04000001);
+  EXPECT_TRUE(QZFieldMetaFromJSON(meta, R"({"options":1,"attributes":{}})", false));
+  EXPECT_EQ(messages.Take(), Warning("JSON: must be an array type, key: options") +
+                                 Warning("JSON: must be an array type, key: attributes"));
+  EXPECT_FALSE(QZFieldMetaFromJSON(meta, "{", true));
+  EXPECT_EQ(QZFieldMetaToJSON(meta), R"({"options":["Flags.ID"]})") << "text that isn't JSON changes nothing";
+}
+
+/// `levels` records inside each other, as the values of a type, or as children under the type "child".
+std::string Nested(const std::string& type, int levels) {
+  std::string head, tail;
+  for (int i = 1; i < levels; ++i) {
+    const std::string start = R"({"version":[1,0],"fields":[{"name":"a","type":")";
+    if (type == "Record") {
+      head += start + R"(Record","idx":1,"value":)";
+      tail = "}]}" + tail;
+    } else if (type == "RecordVec") {
+      head += start + R"(RecordVec","idx":1,"value":[)";
+      tail = "]}]}" + tail;
+    } else {
+      head += start + R"(Int","idx":1,"child":{"k":)";
+      tail = R"(},"value":1}]})" + tail;
+    }
+  }
+  return head + Document(Field("Int", "1")) + tail;
+}
+
+/// Runs it on a thread with a stack of 256 KiB.
+void OnSmallStack(std::function<void()> work) {
+  const auto run = [](void* argument) -> void* {
+    (*static_cast<std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 256 * 1024);
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST(RecordJSON, RecordsNestToALimitThatReaderAndWriterShare) {
+  for (const char* type : {"Record", "RecordVec", "child"}) {
+    OnSmallStack([type] {
+      Messages messages;
+      QZRecord record;
+      const std::string deepest = Nested(type, 256);
+      EXPECT_TRUE(QZRecordFromJSON(record, deepest));
+      EXPECT_EQ(QZRecordToJSON(record), deepest) << type;
+      EXPECT_EQ(messages.Take(), "") << type;
+      QZRecord outer;
+      outer.SetValue(QZField<QZRecord>("o"), record);
+      EXPECT_EQ(QZRecordToJSON(outer), "");
+      EXPECT_EQ(messages.Take(), Warning("JSON: record nests too deep to be written")) << type;
+      QZRecord tooDeep;
+      EXPECT_TRUE(QZRecordFromJSON(tooDeep, Document(Field("String", "\"x\""))));
+      const std::string levels257 = std::string(type) == "Record" ? Nested(type, 257) : "";
+      if (levels257.empty()) return;
+      EXPECT_TRUE(QZRecordFromJSON(tooDeep, levels257));
+      EXPECT_EQ(messages.Take(), Warning("JSON: record nests too deep to be read"));
+      EXPECT_EQ(QZRecordToJSON(tooDeep).find(Field("Record", "null")) != std::string::npos, true);
+    });
+  }
+}
+
+TEST(RecordJSON, BracketsOfTextThatStandsAsItIsCount) {
+  const std::string open(1020, '['), close(1020, ']');
+  const QZField<QZJSONObject> field("a");
+  QZRecord record;
+  record.SetValue(field, QZJSONObject("{\"b\":" + open + close + "}"));
+  const std::string text = QZRecordToJSON(record);
+  EXPECT_EQ(Again(text), text);
+  Messages messages;
+  record.SetValue(field, QZJSONObject("{\"b\":[" + open + close + "]}"));
+  EXPECT_EQ(messages.Take(), "");
+  EXPECT_EQ(QZRecordToJSON(record), "");
+  EXPECT_EQ(messages.Take(), Warning("JSON: record nests too deep to be written"));
+}
+
+// Whatever happens to a document, reading ends, and what it gives can be written and read again.
+TEST(RecordJSON, DamagedDocumentsGiveRecordsThatCanBeWritten) {
+  Messages messages;
+  const std::string good = SampleText();
+  const std::string other =
+      Document(std::string(kChildren) + R"(,{"name":"f","type":"FloatVec","idx":2,"value":[0.5,-1e-9]})");
+  std::vector<std::string> damaged;
+  for (const std::string& text : {good, other}) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      damaged.push_back(text.substr(0, i));
+      for (const int mask : {1, 32, 128}) {
+        damaged.push_back(text);
+        damaged.back()[i] = static_cast<char>(text[i] ^ mask);
+      }
+    }
+  }
+  // The first writing loses the children of null fields.
+  const auto again = [](const std::string& text) {
+    QZRecord record;
+    static_cast<void>(QZRecordFromJSON(record, text));
+    return QZRecordToJSON(record);
+  };
+  for (const std::string& text : damaged) {
+    const std::string written = again(again(text));
+    ASSERT_FALSE(written.empty()) << text;
+    ASSERT_EQ(again(written), written) << text;
+  }
+}
+
+}  // namespace
+}  // namespace QZDataFlow
