@@ -1,4 +1,5 @@
-// The configuration language: what is read is written, read again and written the same.
+// The configuration language: what is read is written, read again and written the same. All that a program makes of an
+// interface is written too.
 #include "fuzz/fuzzing.h"
 
 using namespace QZSystem;
@@ -12,30 +13,53 @@ std::string written(const QZInterface& itf) {
 }
 
 void configure(QZInterface& itf, const std::string& text) {
-  qzisstream in;
-  in.set(text.data(), text.size(), false);
+  BytesStream in(text);
   QZConfigure(itf, in);
+}
+
+// The lines that aren't empty, without what they begin with: details of categories gain blanks and an empty line each
+// time.
+std::string withoutIndents(const std::string& text) {
+  std::vector<std::string> lines;
+  QZStringTokenize(lines, text, "\n", false);
+  std::string all;
+  for (const std::string& line : lines) {
+    const std::size_t begin = line.find_first_not_of(" \t");
+    if (begin != std::string::npos) all += line.substr(begin) + '\n';
+  }
+  return all;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Silence silence;
+  SwallowMessages();
   QZInterface itf;
   configure(itf, TextOf(data, size));
+  QZInterface fromBlock;
+  QZConfigure(fromBlock, reinterpret_cast<const unsigned char*>(TextOf(data, size).c_str()));
+  // A text ends at a zero, a stream doesn't.
   const std::string first = written(itf);
-  // What doesn't come back, such as a default with a blank, is gone after the first reading; details of categories gain
-  // blanks each time.
-  QZInterface second;
+  if (TextOf(data, size).find('\0') == std::string::npos) Require(written(fromBlock) == first);
+
+  // What doesn't come back, such as a default with a blank, is gone after the first reading.
+  QZInterface second, third;
   configure(second, first);
-  QZInterface copy(second);
-  Require(written(copy) == written(second));
+  const std::string again = written(second);
+  configure(third, again);
+  Require(withoutIndents(written(third)) == withoutIndents(again));
+  Require(written(QZInterface(second)) == again);
 
   qzosstream out;
   QZWriteJSON(itf, out);
   QZWriteHtml(itf, out, "program", "1");
   QZWriteSettings(itf, out);
   WriteBriefHelpDescription(itf, "program", out, 2, 60);
-  for (const QZParameter& parameter : QZIter(itf.GetParameters(true))) QZWriteParameterLatex(parameter, out);
+  QZTextWriter writer(out);
+  WriteDefaultsImpl(itf, writer);
+  for (const QZParameter& parameter : QZIter(itf.GetParameters(true))) {
+    QZWriteParameterLatex(parameter, out);
+    WriteParameterDetailImpl(&parameter, writer);
+  }
   return 0;
 }

@@ -16,8 +16,7 @@ struct OwnedCell {
 using Rows = std::vector<std::vector<OwnedCell>>;
 
 bool readRows(const std::string& text, Rows& rows) {
-  qzisstream in;
-  in.set(text.data(), text.size(), false);
+  BytesStream in(text);
   CsvReader reader(in, ',');
   reader.KeepBlankLines(true);
   try {

@@ -26,8 +26,7 @@ const char* const configuration = R"(
 std::string settingsFrom(const std::string& file, bool overwrite) {
   static const QZInterface empty(configuration);
   QZInterface itf(empty);
-  qzisstream in;
-  in.set(file.data(), file.size(), false);
+  BytesStream in(file);
   QZParseParameterFile(itf, in, overwrite, QZErrorLevel::Warning);
   qzosstream out;
   QZWriteSettings(itf, out, false);
@@ -37,7 +36,7 @@ std::string settingsFrom(const std::string& file, bool overwrite) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const Silence silence;
+  SwallowMessages();
   const std::string file = TextOf(data, size);
   (void)settingsFrom(file, true);
   const std::string settings = settingsFrom(file, false);
