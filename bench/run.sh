@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# bench/run.sh [wNN ...]: runs the workloads named (all of them by default), the peers and the toolkit in one go, and
-# prints one table. REPS and MIN_TIME in the environment set the number and length of the runs. Results: build/bench.
+# bench/run.sh [wNN ...] [tools]: runs the workloads named (all of them and the tools by default), the peers and the
+# toolkit in one go, and prints one table. REPS and MIN_TIME in the environment set the number and length of the runs. Results: build/bench.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 root=$(cd .. && pwd)
@@ -10,6 +10,9 @@ reps=${REPS:-7}
 min_time=${MIN_TIME:-0.1}
 mkdir -p "$OUT/json" "$OUT/data"
 
+if [ "$*" = tools ]; then
+  exec python3 tools.py "$BUILD/tools" "$OUT/tools"
+fi
 make -s ours ONLY="$*"
 if ! make -s -k peers ONLY="$*" 2>"$OUT/peers.log"; then
   echo "Some peers are missing: their programs don't build here (build/bench/peers.log). Debian has them all:"
@@ -38,3 +41,4 @@ for program in "$OUT"/peers_w* "$OUT"/ours_w*; do
     { tail -n 5 "$OUT/json/$name.err"; exit 1; }
 done
 python3 report.py "$OUT/json" --ours
+[ $# -gt 0 ] || python3 tools.py "$BUILD/tools" "$OUT/tools"
