@@ -11,10 +11,6 @@ namespace QZPlatform {
 
 using namespace NumberText;
 
-std::string_view QZPrintShortest(double value, char (&room)[QZShortestRoom]) {
-  return {room, static_cast<std::size_t>(std::to_chars(room, room + sizeof room, value).ptr - room)};
-}
-
 std::string_view QZPrintShortest(float value, char (&room)[QZShortestRoom]) {
   char* const last = room + sizeof room;
   std::string_view text(room, static_cast<std::size_t>(std::to_chars(room, last, value).ptr - room));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <charconv>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -81,7 +82,9 @@ inline constexpr std::size_t QZShortestRoom = 32;
 
 /// Writes the shortest text that `QZReadNumber` reads back as the same value, in plain or in exponent form, whichever
 /// is shorter: "0.1", "1e+22", "-0", "inf", "nan". The view is into `room`. It isn't terminated.
-std::string_view QZPrintShortest(double value, char (&room)[QZShortestRoom]);
+inline std::string_view QZPrintShortest(double value, char (&room)[QZShortestRoom]) {
+  return {room, static_cast<std::size_t>(std::to_chars(room, room + QZShortestRoom, value).ptr - room)};
+}
 std::string_view QZPrintShortest(float value, char (&room)[QZShortestRoom]);
 
 /// The largest precision of `QZPrintNumber`: beyond it every digit of every double is a zero.
