@@ -30,7 +30,8 @@ const std::string& textFile() {
   return file;
 }
 
-std::uint64_t sumOf(const std::string& file) {
+// In a place of its own: the loop of a few bytes runs at half the speed where it happens to straddle two cache lines.
+[[gnu::noinline, gnu::aligned(64)]] std::uint64_t sumOf(const std::string& file) {
   qzifstream in;
   in.open(file);
   std::uint64_t sum = 0;
