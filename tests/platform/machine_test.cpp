@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <sched.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -35,13 +36,19 @@ void OnStackOf(std::size_t size, Work work) {
   pthread_attr_destroy(&attributes);
 }
 
-// The thresholds seen while the stack is used up, a kilobyte at each call.
-[[gnu::noinline]] void Descend(int levels, std::vector<std::uint64_t>& seen) {
-  volatile char used[1024];
-  used[0] = 1;
-  seen.push_back(QZGetAllocaThreshold());
-  if (levels > 1) Descend(levels - 1, seen);
-  used[1023] = used[0];
+struct Seen {
+  std::size_t left;
+  std::uint64_t threshold;
+};
+
+// The thresholds while the stack is used up until `least` bytes are left, about a kilobyte at each call.
+[[gnu::noinline]] void Descend(const char* bottom, std::size_t least, std::vector<Seen>& seen) {
+  volatile char block[1024];
+  block[0] = 1;
+  const auto left = static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - bottom);
+  seen.push_back({left, QZGetAllocaThreshold()});
+  if (left > least) Descend(bottom, least, seen);
+  block[1023] = block[0];
 }
 
 std::uint32_t Marker(const void* payload) {
@@ -70,15 +77,23 @@ TEST(QZGetNumProcessors, CountsThoseTheProcessMayUse) {
 }
 
 TEST(QZGetAllocaThreshold, FallsWithTheStackThatIsLeft) {
-  std::vector<std::uint64_t> seen;
-  seen.reserve(1024);
-  OnStackOf(std::size_t{256} * 1024, [&] { Descend(210, seen); });
-  EXPECT_EQ(seen.front(), 32768U);
-  for (std::size_t each = 1; each < seen.size(); ++each) ASSERT_LE(seen[each], seen[each - 1]) << "at depth " << each;
-  EXPECT_EQ(seen.back(), 0U) << "less than 64 KiB remain";
-  const std::size_t half = 100;  // some 150 KiB remain
-  EXPECT_GT(seen[half], 0U);
-  EXPECT_LT(seen[half], 32768U);
+  constexpr std::size_t KiB = 1024;
+  std::vector<Seen> seen;
+  OnStackOf(1024 * KiB, [&] {
+    void* bottom = nullptr;
+    std::size_t size = 0;
+    ASSERT_EQ(SystemCalls::StackBounds(&bottom, &size), 0);
+    Descend(static_cast<const char*>(bottom), 50 * KiB, seen);
+  });
+  EXPECT_EQ(seen.front().threshold, 32768U);
+  std::uint64_t before = 32768;
+  for (const Seen& each : seen) {
+    const std::uint64_t least = each.left > 200 * KiB ? 32768 : each.left > 70 * KiB ? 1 : 0;
+    const std::uint64_t most = each.left < 64 * KiB ? 0 : each.left < 90 * KiB ? 32767 : 32768;
+    ASSERT_GE(each.threshold, least) << each.left;
+    ASSERT_LE(each.threshold, std::min(most, before)) << each.left;
+    before = each.threshold;
+  }
 }
 
 TEST(QZGetAllocaThreshold, IsZeroOnAStackWithUnknownBounds) {
@@ -94,7 +109,8 @@ TEST(QZGetAllocaThreshold, IsZeroOnAStackWithUnknownBounds) {
   action.sa_handler = [](int) { seen = QZGetAllocaThreshold(); };
   action.sa_flags = SA_ONSTACK;
   ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
-  seen = 1;
+  seen = QZGetAllocaThreshold();
+  EXPECT_GT(seen, 0U);
   std::raise(SIGUSR1);
   sigaction(SIGUSR1, &before, nullptr);
   sigaltstack(&former, nullptr);
