@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <functional>
+#include <iterator>
 
 #include "qz/platform/lock_impl.h"
 
@@ -36,7 +37,7 @@ class QZBoundedCache {
 
   bool isPooled(const unsigned char* buffer) const {
     const std::less<const unsigned char*> before;
-    return !before(buffer, block[0]) && before(buffer, block[0] + sizeof block);
+    return !before(buffer, block[0]) && before(buffer, reinterpret_cast<const unsigned char*>(std::end(block)));
   }
 
 // GCC doesn't know clang's thread-safety attributes.
