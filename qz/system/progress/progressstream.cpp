@@ -14,9 +14,6 @@ constexpr int unitBits = 8;
 qzprogressstream::qzprogressstream(qzistream* source, bool ownsSource, QZTracerBase* newTracer, bool ownsNewTracer) {
   set(source, ownsSource);
   SetTracer(newTracer, ownsNewTracer);
-  inner = dynamic_cast<qziwrapperstream*>(source);
-  qzistream* const measured = inner ? inner->source() : source;
-  if (measured) total = measured->size();
 }
 
 qzprogressstream::~qzprogressstream() { DropTracer(); }
@@ -47,6 +44,15 @@ bool qzprogressstream::_qzfill() {
     position = static_cast<long>(inner->source()->tell());
   }
   return true;
+}
+
+// What is kept of a source goes with it: a former one may be deleted already.
+void qzprogressstream::_qzset(qzistream* newSource) {
+  qziwrapperstream::_qzset(newSource);
+  position = 0;
+  inner = dynamic_cast<qziwrapperstream*>(newSource);
+  qzistream* const measured = inner ? inner->source() : newSource;
+  total = measured ? measured->size() : 0;
 }
 
 bool qzprogressstream::_qzseek(long n) {

@@ -31,6 +31,8 @@ class qzprogressstream : public qziwrapperstream {
 
   bool _qzseek(long n) override;
   bool _qzfill() override;
+  /// Another source begins anew, with its own size; the tracer stays.
+  void _qzset(qzistream* source) override;
 
  private:
   void DropTracer();

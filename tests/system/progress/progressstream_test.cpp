@@ -144,6 +144,18 @@ TEST(ProgressStream, TracersChangeHands) {
   EXPECT_TRUE(secondDeleted);
 }
 
+TEST(ProgressStream, AnotherSourceIsMeasuredAnew) {
+  Reports reports;
+  Recorder tracer(reports);
+  qzprogressstream in(new Tripling(Memory(Bytes(25600)).release()), true, &tracer, false);
+  in.skip(10000);
+  reports.clear();
+  in.set(Memory(Bytes(100000)).release(), true);  // the wrapper is gone
+  std::string read;
+  EXPECT_EQ(in.read(read), 100000U);
+  EXPECT_EQ(reports, (Reports{{128, 390}, {256, 390}, {384, 390}}));
+}
+
 TEST(ProgressStream, ASeekTakesItsPositionOffTheFigure) {
   Reports reports;
   Recorder tracer(reports);
