@@ -87,10 +87,13 @@ QZIterBase<const qzisstream>* QZFileParameter::GetDefaults() const { return new 
 
 bool QZFileParameter::IsLegal(const qzisstream&) const { return true; }
 
-bool QZFileParameter::GetTypedValue(qzisstream& value, const std::string& path) const {
+// The stream takes a copy, which may not fit into memory where the contents alone did.
+bool QZFileParameter::GetTypedValue(qzisstream& value, const std::string& path) const try {
   const Contents contents = readFile(path);
   if (contents.whole) value.set(contents.bytes);
   return contents.whole;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 bool QZFileParameter::GetString(std::string&, const qzisstream&) const { return false; }
