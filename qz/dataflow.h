@@ -3,7 +3,6 @@
 /// The data-flow layer, namespace QZDataFlow: records, their fields, metadata and value types, their bytes and their
 /// JSON, and streams of them. The layers above come with it.
 
-#include "qz/system.h"
 #include "qz/dataflow/base85.h"
 #include "qz/dataflow/buffer.h"
 #include "qz/dataflow/datarecord.h"
@@ -20,3 +19,4 @@
 #include "qz/dataflow/recordio.h"
 #include "qz/dataflow/recordjson.h"
 #include "qz/dataflow/writebuffer.h"
+#include "qz/system.h"
