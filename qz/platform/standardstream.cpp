@@ -21,8 +21,11 @@ class StandardStream final : public qzostream {
     atEnd = false;
   }
 
+  // From here on `room` belongs to the base class, so that nothing may wait in it here.
   void BufferFully() {
-    if (!eof() && _qzflush()) end = start + BufferSize;
+    if (eof() || !_qzflush()) return;
+    end = start + BufferSize;
+    waiting = false;
   }
 
   // What is written from now on has nobody left to push it out.

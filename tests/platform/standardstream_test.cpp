@@ -62,6 +62,14 @@ TEST(StandardStream, OutputIsFlushedAtExit) {
   EXPECT_EQ(written(1, [] { qzout << "a" << 1 << std::string(40000, 'x'); }), "a1" + std::string(40000, 'x'));
 }
 
+TEST(StandardStream, BlocksOfAnySizeGoOutInOrder) {
+  for (unsigned long size : {32766UL, 32767UL, 32768UL, 32769UL, 65536UL}) {
+    const std::string block = std::string(size, 'x');  // without a line end
+    EXPECT_EQ(written(1, [&] { qzout << "a" << block << "b" << block << "c"; }), "a" + block + "b" + block + "c")
+        << size;
+  }
+}
+
 TEST(StandardStream, OutputWaitsForTheFlush) {
   EXPECT_EQ(written(
                 1, [] { qzout << "a\nb"; }, false),
