@@ -7,10 +7,14 @@ namespace QZPlatform {
 
 qziwrapperstream::~qziwrapperstream() { qziwrapperstream::_qzclear(); }
 
+// A source at the address of the attached one is the same with the unread bytes still good, unless all was read or it
+// doesn't stand behind them any more: then it was opened anew, moved, or is another one in its place.
 void qziwrapperstream::set(qzistream* newSource, bool own) {
   if (newSource != attached) {
     clear();
     _qzset(newSource);
+  } else if (attached && (eof() || attached->tell() != offset + static_cast<unsigned long>(end - start))) {
+    _qzset(attached);
   }
   owned = own && attached;
 }

@@ -18,8 +18,9 @@ class qziwrapperstream : public qzistream {
   ~qziwrapperstream() override;
 
   /// Attaches a source at its present position, after `clear()`. With `own` the wrapper deletes it when it is
-  /// cleared; otherwise it must outlive the wrapper's reading. Null leaves nothing attached. Setting the source that
-  /// is attached already changes the ownership only.
+  /// cleared; otherwise it must outlive the wrapper's reading. Null leaves nothing attached. The source that is
+  /// attached already isn't deleted; its bytes that are buffered here stay as long as it stands right behind them, so
+  /// that its ownership can be changed, and are dropped if it was moved or opened anew.
   void set(qzistream* source, bool own);
 
   /// Detaches the source, and deletes it if it is owned. The stream is then at its end.

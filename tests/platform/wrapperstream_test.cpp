@@ -82,6 +82,22 @@ TEST(WrapperStream, DestroysOnlyWhatItOwns) {
   EXPECT_EQ(deaths, 3);
 }
 
+TEST(WrapperStream, TakesUpASourceThatWasOpenedAnew) {
+  for (const char* first : {"", "a", "abc"}) {
+    qzisstream source;
+    source.set(std::string(first));
+    qziwrapperstream in;
+    in.set(&source, false);
+    in.get();
+    source.set("new");
+    in.set(&source, false);
+    std::string got;
+    in.read(got);
+    EXPECT_EQ(got, "new") << first;
+    EXPECT_EQ(in.tell(), 3U) << first;
+  }
+}
+
 TEST(WrapperStream, KeepsTheSourcesPositions) {
   qzisstream source;
   source.set(streamtest::Bytes(90000));
