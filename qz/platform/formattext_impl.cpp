@@ -32,13 +32,15 @@ class Output {
   // What stands before the next "%" or the end, where `format` is then. Byte by byte: it is short, and is copied as it
   // is looked at.
   void AppendPlain(const char*& format) {
-    const char* from = format;
-    for (; *from != '%' && *from != '\0'; ++from) {
-      if (room == 0) continue;
-      *to++ = *from;
-      --room;
-    }
-    total += static_cast<std::size_t>(from - format);
+    const char* const start = format;
+    const char* from = start;
+    char* behind = to;
+    std::size_t left = room;
+    for (; left != 0 && *from != '%' && *from != '\0'; --left) *behind++ = *from++;
+    to = behind;
+    room = left;
+    while (*from != '%' && *from != '\0') ++from;  // where the room is used up
+    total += static_cast<std::size_t>(from - start);
     format = from;
   }
 

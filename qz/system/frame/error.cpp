@@ -39,11 +39,23 @@ const bool versionIsRegistered = (QZRegisterVersion(&BuildVersion), true);
 
 std::atomic<unsigned int> users{0};
 
-// The calls that are inside the implementation of QZThrow, in all threads and in this one, as long as it is another
-// than the stream implementation.
+// The calls that are inside the implementation of QZThrow, as long as it is another than the stream implementation:
+// those of all threads, counted in several places so that threads don't wait for each other's cache lines, and those of
+// this thread.
+struct alignas(64) Counter {
+  std::atomic<unsigned int> calls{0};
+};
+constexpr unsigned int Counters = 16;
+Counter callsInside[Counters];
 std::atomic<bool> callsAreCounted{false};
-std::atomic<unsigned int> callsInside{0};
+std::atomic<unsigned int> threadsSeen{0};
 thread_local unsigned int ownCallsInside = 0;
+thread_local unsigned int ownCounter = Counters;
+
+std::atomic<unsigned int>& OwnCounter() {
+  if (ownCounter == Counters) ownCounter = threadsSeen++ % Counters;
+  return callsInside[ownCounter].calls;
+}
 
 // The threshold of the main thread, for the case that another thread ends the process.
 std::atomic<unsigned int> mainThreshold{QZErrorLevel::Info};
@@ -52,10 +64,23 @@ bool IsMainThread() { return gettid() == getpid(); }
 
 bool IsPlain(const QZErrorHandlerImplBase& impl) { return typeid(impl) == typeid(QZErrorHandlerStreamImpl); }
 
+// No call enters while this is asked, so that the sum is right once it is reached.
+unsigned int AllCallsInside() {
+  unsigned int calls = 0;
+  for (const Counter& each : callsInside) calls += each.calls.load();
+  return calls;
+}
+
+// The threads that called didn't come along.
+void CountAfterFork() {
+  for (Counter& each : callsInside) each.calls.store(0);
+  OwnCounter().store(ownCallsInside);
+}
+
 // A call that is stuck, writing to a pipe that nobody reads, doesn't keep the process from ending.
 bool OthersCameBack() {
   const auto start = std::chrono::steady_clock::now();
-  while (callsInside.load() > ownCallsInside) {
+  while (AllCallsInside() > ownCallsInside) {
     if (std::chrono::steady_clock::now() - start > LongestWait) return false;
     std::this_thread::yield();
   }
@@ -64,7 +89,7 @@ bool OthersCameBack() {
 
 void MakeQZThrow() {
   static const bool made = [] {
-    pthread_atfork(nullptr, nullptr, [] { callsInside.store(ownCallsInside); });
+    pthread_atfork(nullptr, nullptr, &CountAfterFork);
     new (&QZThrow) QZErrorHandler;
     return true;
   }();
@@ -117,7 +142,7 @@ class QZErrorHandler::Use {
  public:
   explicit Use(const QZErrorHandler& handler) : isCounted(&handler == &QZThrow && callsAreCounted.load()) {
     if (isCounted) {
-      ++callsInside;
+      ++OwnCounter();
       ++ownCallsInside;
     }
     impl = &handler.Implementation();
@@ -125,7 +150,7 @@ class QZErrorHandler::Use {
   ~Use() {
     if (isCounted) {
       --ownCallsInside;
-      --callsInside;
+      --OwnCounter();
     }
   }
   Use(const Use&) = delete;
