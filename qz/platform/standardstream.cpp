@@ -5,7 +5,9 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
+#include "qz/platform/lock_impl.h"
 #include "qz/platform/syscalls_impl.h"
 
 namespace QZPlatform {
@@ -28,31 +30,45 @@ class StandardStream final : public qzostream {
     waiting = false;
   }
 
-  // What is written from now on has nobody left to push it out.
+  // What is written from now on has nobody left to push it out. A thread that runs on may be writing to standard error.
   void WriteAtOnce() {
     flush();
-    if (!eof()) end = start;
+    if (!eof() && end != start) end = start;
+    const ForkSafeLock lock(lineMutex());
     waiting = false;
   }
 
   unsigned long _qzwrite(const unsigned char* bytes, unsigned long count) override {
     if (bytes == room) return push(bytes, count);
+    const ForkSafeLock lock(lineMutex());
     const bool wait = waiting && count <= BufferSize - held && !std::memchr(bytes, '\n', count);
     if (wait || (held && count <= BufferSize - held)) {
       std::memcpy(room + held, bytes, count);
       held += count;
-      return wait || _qzflush() ? count : 0;
+      return wait || pushHeld() ? count : 0;
     }
-    return _qzflush() ? push(bytes, count) : 0;
+    return pushHeld() ? push(bytes, count) : 0;
   }
 
   bool _qzflush() override {
+    const ForkSafeLock lock(lineMutex());
+    return pushHeld();
+  }
+
+ private:
+  // Guards the held bytes of both streams, for the threads that run on while the last user flushes them. Never destroyed.
+  static ForkSafeMutex& lineMutex() {
+    alignas(ForkSafeMutex) static unsigned char place[sizeof(ForkSafeMutex)];
+    static ForkSafeMutex& mutex = *new (place) ForkSafeMutex(LockRank::Platform);
+    return mutex;
+  }
+
+  bool pushHeld() {
     const unsigned long going = held;
     held = 0;
     return push(room, going) == going;
   }
 
- private:
   unsigned long push(const unsigned char* bytes, unsigned long count) {
     const unsigned long taken = SystemCalls::Write(descriptor, bytes, count);
     if (taken != count) setError(errno);
