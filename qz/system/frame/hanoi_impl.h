@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -13,6 +14,8 @@ namespace QZSystem {
 
 /// Up to this many elements are sorted by insertion.
 inline constexpr unsigned long HanoiSmall = 8;
+/// Runs of more elements are merged from both ends; for shorter ones that takes too many comparisons.
+inline constexpr unsigned long HanoiShort = 32;
 /// A merge of pointers asks for what they point to as many elements ahead.
 inline constexpr unsigned long HanoiAhead = 8;
 
@@ -90,8 +93,10 @@ void HanoiMergeForward(T* first, unsigned long firstCount, unsigned long secondC
 
 /// Merges a run of `half` elements and one of `half` or one more behind it, from both ends at once, by copying. False,
 /// with nothing useful in `to`, if the two sides don't meet, which happens when the comparison contradicts itself.
-/// Each side takes `half` steps, so no step can leave a run, whatever the comparison says. There is no branch on the
-/// outcome of a comparison, and the processor works on both sides at the same time.
+///
+/// Each side takes `half` steps, so no step can leave a run, whatever the comparison says. The outcome of a comparison,
+/// 1 or 0, goes into the arithmetic of the pointers, since a branch on it can't be predicted, and the processor works
+/// on both sides at the same time.
 template <class T, class Compare>
 bool HanoiMergeBothEnds(const T* runs, unsigned long half, unsigned long secondCount, T* to, Compare& less) {
   const T* low1 = runs;
@@ -108,14 +113,14 @@ bool HanoiMergeBothEnds(const T* runs, unsigned long half, unsigned long secondC
         __builtin_prefetch(*(high2 - HanoiAhead));
       }
     }
-    const bool secondIsLess = less(*low2, *low1);
-    *to++ = secondIsLess ? *low2 : *low1;
-    low2 += secondIsLess;
-    low1 += !secondIsLess;
-    const bool firstIsGreater = less(*high2, *high1);
-    *--toEnd = firstIsGreater ? *high1 : *high2;
-    high1 -= firstIsGreater;
-    high2 -= !firstIsGreater;
+    const std::ptrdiff_t fromSecond = static_cast<bool>(less(*low2, *low1));
+    *to++ = low1[(low2 - low1) & -fromSecond];
+    low2 += fromSecond;
+    low1 += 1 - fromSecond;
+    const std::ptrdiff_t fromFirst = static_cast<bool>(less(*high2, *high1));
+    *--toEnd = high2[(high1 - high2) & -fromFirst];
+    high1 -= fromFirst;
+    high2 -= 1 - fromFirst;
   }
   // What is left between the sides: nothing, or one element where the second run is the longer one.
   const auto left1 = high1 + 1 - low1;
@@ -127,8 +132,8 @@ bool HanoiMergeBothEnds(const T* runs, unsigned long half, unsigned long secondC
 /// Merges a run of `half` elements and one of `half` or one more behind it into `to`.
 template <class T, class Compare>
 void HanoiMerge(T* runs, unsigned long half, unsigned long secondCount, T* to, Compare& less) {
-  if constexpr (std::is_trivially_copyable_v<T>) {
-    if (HanoiMergeBothEnds(runs, half, secondCount, to, less)) return;
+  if constexpr (std::is_trivially_copyable_v<T> && std::is_copy_assignable_v<T>) {
+    if (half > HanoiShort && HanoiMergeBothEnds(runs, half, secondCount, to, less)) return;
     // The runs are still whole, and a merge from one end loses nothing under any comparison.
   }
   HanoiMergeForward(runs, half, secondCount, to, less);
@@ -153,7 +158,7 @@ template <class T, class Compare>
 bool HanoiStep(T* a, unsigned long count, T* b, Compare& less) {
   const bool intoB = HanoiEndsInOther(a, count, less);
   if (count == 2) {
-    if (intoB) HanoiMoveRun(a + 1, 1, b), HanoiMoveRun(a, 1, b + 1);
+    if (intoB) HanoiMoveRun(a, 1, HanoiMoveRun(a + 1, 1, b));
   } else {
     HanoiSortInto(a, count, b, intoB, less);
   }

@@ -167,6 +167,14 @@ TEST(Hanoi, SortsManyPointers) {
   EXPECT_EQ(numbers, StableOrder(keys));
 }
 
+// A truth value may be any number.
+TEST(Hanoi, TakesAnyTruthValue) {
+  std::vector<int> numbers(1000);
+  std::iota(numbers.rbegin(), numbers.rend(), 0);
+  hanoisort(numbers.data(), numbers.size(), [](int a, int b) { return a < b ? 1 + b : 0; });
+  EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+}
+
 // A block of 3 bytes, and of 4 on an odd address, can't be moved as numbers.
 TEST(Hanoi, SortsBytesAtAnyAddress) {
   for (std::size_t size : {1U, 3U, 4U, 8U}) {
