@@ -204,9 +204,11 @@ void QZMeta::AddAttributeBytes(unsigned int key, const std::vector<unsigned char
   }
 }
 
+// The bytes may be those of a pair that is about to go.
 void QZMeta::SetAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
+  const std::vector<unsigned char> value = bytes;
   RemoveAttribute(key);
-  AddAttributeBytes(key, bytes);
+  AddAttributeBytes(key, value);
 }
 
 void QZMeta::RemoveAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {

@@ -188,6 +188,8 @@ TEST(Metadata, EncodedValuesNeedNotBeSound) {
   EXPECT_EQ(meta.GetRelatedFields(), std::vector<std::string>{""});
   meta.AddAttributeBytes(kAuthor, {});
   EXPECT_EQ(Show(meta), "02000002 <> 02000002 <09 78> 06020001 <84 01> 07000002 <81 FF> 09000001 <01 02> ");
+  meta.SetAttributeBytes(kAuthor, meta.GetAllAttributes()[1].second);
+  EXPECT_EQ(Show(meta), "02000002 <09 78> 06020001 <84 01> 07000002 <81 FF> 09000001 <01 02> ") << "from itself";
   meta.SetAttributeBytes(kAuthor, {1, 'a'});
   meta.RemoveAttributeBytes(kLower, {1, 2});
   EXPECT_EQ(Show(meta), "02000002 <01 61> 06020001 <84 01> 07000002 <81 FF> ");
