@@ -140,7 +140,10 @@ unsigned int GetMetaConstant(const std::string& name) {
     return made;
   }();
   std::string dotted = name;
-  for (std::size_t at = 0; (at = dotted.find("::", at)) != std::string::npos; ++at) dotted.replace(at, 2, ".");
+  for (std::size_t at = 0; (at = dotted.find("::", at)) != std::string::npos; ++at) {
+    dotted.erase(at, 1);
+    dotted[at] = '.';
+  }
   const auto found = keys.find(dotted);
   return found == keys.end() ? 0 : found->second;
 }

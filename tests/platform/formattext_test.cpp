@@ -13,8 +13,11 @@ using namespace QZPlatform;
 
 namespace {
 
-// The formats here are no literals.
+// The formats here are no literals, and one text is null, which the C library prints too.
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
 #pragma GCC diagnostic ignored "-Wformat-security"
 
 int Format(char* buffer, std::size_t size, const char* format, ...) {

@@ -66,10 +66,12 @@ TEST(InputStream, AReadOfNothingChangesNothing) {
 }
 
 TEST(InputStream, AHugeCountGetsWhatIsThere) {
+  // A compiler that saw the count would warn of a copy that never happens.
+  const volatile unsigned long huge = ~0UL;
   for (unsigned long chunk : {3UL, 100UL}) {
     ChunkedStream in("0123456789", chunk);
     char room[10];
-    EXPECT_EQ(in.read(room, ~0UL), 10U);
+    EXPECT_EQ(in.read(room, huge), 10U);
     EXPECT_EQ(std::string(room, 10), "0123456789");
   }
 }

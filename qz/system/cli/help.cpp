@@ -156,7 +156,7 @@ bool answer(const QZInterface& itf, int argc, char** argv, qzostream& out) {
   if (argc == 2) return answerOne(itf, word, argv[0], out);
   if (argc == 3 && word == "--latex") {
     const QZParameter* parameter = itf.GetParameter(argv[2]);
-    if (!parameter) parameter = itf.GetParameter("-" + std::string(argv[2]));
+    if (!parameter) parameter = itf.GetParameter(std::string("-").append(argv[2]));
     if (parameter) QZWriteParameterLatex(*parameter, qzout);
     return true;
   }
