@@ -57,7 +57,7 @@ class QZFieldTypeHandlerRegistry {
   /// Takes over `handler`, which REQUIRES that it isn't null. It is deleted at once when its name has a handler of at
   /// least this priority, or none and the priority is negative; otherwise it takes the place of the one of its name,
   /// which is deleted. To be called before threads that read records start.
-  void RegisterHandler(QZFieldTypeHandler* handler, int priority);
+  void RegisterHandler(QZFieldTypeHandler* handler, int priority = 0);
   /// The handler of that name, or null. It belongs to the registry.
   QZFieldTypeHandler* GetHandler(const std::string& name) const;
 

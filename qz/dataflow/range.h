@@ -30,7 +30,7 @@ class QZRange {
   QZRange() = default;
   /// No value stands for no bound. A NaN gives the warning "Invalid value for constructing an QZRange. Lower bound
   /// cannot be NaN", or "Upper", and the default range.
-  QZRange(const std::optional<double>& lowBound, const std::optional<double>& highBound, unsigned int inclusive);
+  QZRange(const std::optional<double>& lowBound, const std::optional<double>& highBound, unsigned int inclusive = 0);
   /// From low, high and inclusivity, as GetAsVector gives them; the last is truncated. Another length gives the warning
   /// "Invalid vector for constructing an QZRange. Must have a length of 3.", a NaN "Invalid vector for constructing an
   /// QZRange. Lower bound cannot be NaN", or "Upper", and the default range.

@@ -25,8 +25,8 @@ class CapturedMessages {
   class Sink : public QZErrorHandlerImplBase {
    public:
     explicit Sink(std::vector<std::string>& target) : messages(&target) {}
-    void Msg(unsigned int level, const std::string& text) override {
-      messages->push_back(QZErrorLevelToString(level) + ": " + text);
+    void Msg(unsigned int severity, const std::string& text) override {
+      messages->push_back(QZErrorLevelToString(severity) + ": " + text);
     }
     Sink* CreateCopy() const override { return new Sink(*this); }
 
