@@ -17,7 +17,7 @@ inline constexpr unsigned long HanoiSmall = 8;
 /// Runs of more elements are merged from both ends; for shorter ones that takes too many comparisons.
 inline constexpr unsigned long HanoiShort = 32;
 /// A merge of pointers asks for what they point to as many elements ahead.
-inline constexpr unsigned long HanoiAhead = 8;
+inline constexpr unsigned long HanoiAhead = 4;
 
 /// Moves `count` elements to a place that doesn't overlap theirs; returns the end of that place.
 template <class T>

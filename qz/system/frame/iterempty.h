@@ -1,7 +1,5 @@
 #pragma once
 
-#include <type_traits>
-
 #include "qz/system/frame/iterbase.h"
 #include "qz/system/frame/iterempty_impl.h"
 

@@ -47,7 +47,7 @@ void QZDotTracer::SetTask(std::string name) {
   column = name.size();
 }
 
-void QZDotTracer::Push(std::string name) { SetTask(std::move(name)); }
+void QZDotTracer::Push(std::string name) { QZDotTracer::SetTask(std::move(name)); }
 
 void QZDotTracer::Pop() { PrintDot(100); }
 
