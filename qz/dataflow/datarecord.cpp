@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "qz/dataflow/datarecord_impl.h"
+#include "qz/dataflow/recordsections_impl.h"
 #include "qz/dataflow/recordunloading_impl.h"
 
 namespace QZDataFlow {
@@ -65,7 +66,7 @@ void QZRecord::SetSourceID(const std::string& id) {
   impl->SetRecordMeta(meta.SetAttribute(kRecordSourceID, id));
 }
 
-std::string QZRecord::GetVersion() { return "1.0"; }
+std::string QZRecord::GetVersion() { return std::string(kRecordVersion); }
 
 std::vector<unsigned char> QZRecord::ToBytes() const {
   RecordUnloading::All(*this);

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,7 +76,7 @@ class QZRecordImpl {
 
   // Values. `pos` is a place in Fields().
 
-  bool IsNullAt(std::size_t pos) const { return slots[pos].isNull; }
+  bool IsNullAt(std::size_t pos) const { return slots[pos].IsNull(); }
   /// The bytes of the value, which live until the next change; false for none and for null. The first form writes back
   /// a decoded value before.
   bool GetSlice(const QZFieldBase& field, QZByteSlice& bytes);
@@ -132,14 +133,40 @@ class QZRecordImpl {
  private:
   friend class RecordUnloading;
 
-  // The place of one value, parallel to the fields. While two fields share an index, which only damaged bytes bring
-  // about, all values stand under their indices in `strays`, and only `isNull` counts here.
-  struct Slot {
-    ByteRange range;
-    unsigned char head = 0;  // bytes before the value that are the head of its item in the stored form, or 0
-    bool present = false;
-    bool isNull = false;
-    bool isNullItem = false;  // the item is that of a null value
+  /// The place of one value, parallel to the fields. While two fields share an index, which only damaged bytes bring
+  /// about, all values stand under their indices in `strays`, and only the null counts here.
+  class Slot {
+   public:
+    Slot() = default;
+    /// A value whose item in the stored form begins `head` bytes before it, or with the head 0 anywhere else.
+    Slot(std::size_t begin, std::size_t valueSize, std::size_t head, bool isNullItem)
+        : size(valueSize), place(begin << kBeginShift | head << kHeadShift | kPresent | (isNullItem ? kNulls : 0)) {}
+
+    std::size_t Begin() const { return place >> kBeginShift; }
+    std::size_t Head() const { return place >> kHeadShift & kHeadMask; }
+    ByteRange Range() const { return {Begin(), size}; }
+    bool IsPresent() const { return (place & kPresent) != 0; }
+    bool IsNull() const { return (place & kNull) != 0; }
+    void SetNull(bool isNull) { place = isNull ? place | kNull : place & ~kNull; }
+    /// The item is that of a null.
+    bool IsNullItem() const { return (place & kNullItem) != 0; }
+    /// The item is there, and is what is to be written.
+    bool IsItem() const { return (place & kHeadMask << kHeadShift) != 0 && IsNull() == IsNullItem(); }
+    /// Without a value, but null as before.
+    void Erase() {
+      place &= kNull;
+      size = 0;
+    }
+    void MoveTo(std::size_t begin) { place = begin << kBeginShift | (place & ((std::uint64_t{1} << kBeginShift) - 1)); }
+
+    std::uint64_t size = 0;
+
+   private:
+    static constexpr std::uint64_t kPresent = 1, kNull = 2, kNullItem = 4, kNulls = kNull | kNullItem;
+    static constexpr std::uint64_t kHeadMask = 0xFF;
+    static constexpr int kHeadShift = 8, kBeginShift = 16;
+
+    std::uint64_t place = 0;
   };
   struct Reading;
 
@@ -150,7 +177,7 @@ class QZRecordImpl {
   };
   Target FindTarget(const QZFieldBase& field) const;
   std::size_t SetFieldEntry(const QZFieldBase& field, Target target, bool isNull);
-  void PutField(std::size_t pos, bool insert, const QZFieldBase& field, const std::string& name, unsigned int idx);
+  std::size_t PutField(std::size_t pos, const QZFieldBase& field, const std::string& name, unsigned int idx);
   void RemoveField(std::size_t pos);
   void MergeMeta(std::size_t pos, const QZFieldMeta& meta);
   void UseList(std::shared_ptr<const FieldList> next);
@@ -158,7 +185,8 @@ class QZRecordImpl {
   void FreezeList();
 
   // Values.
-  const ByteRange* FindValue(std::size_t pos) const;
+  bool FindValue(const Slot& slot, unsigned int idx, ByteRange& value) const;
+  bool FindValue(std::size_t pos, ByteRange& value) const { return FindValue(slots[pos], list->Idx(pos), value); }
   void StoreValue(std::size_t pos, const unsigned char* data, std::size_t size);
   bool EraseValue(std::size_t pos);
   void GatherValues();
@@ -170,7 +198,8 @@ class QZRecordImpl {
   // Reading.
   bool ReadSections(Reading& reading);
   bool ReadVersion(QZReadBuffer& in, Reading& reading);
-  void ReadExpected(Reading& reading);
+  void ClearForReading();
+  bool ReadExpected(Reading& reading);
   bool ReadExpectedMeta(Reading& reading);
   bool ReadRecordItem(QZByteSlice item);
   bool FieldsFromBytes(QZReadBuffer& in, Reading& reading);
@@ -178,6 +207,7 @@ class QZRecordImpl {
   bool MetaFromBytes(QZReadBuffer& in, Reading& reading);
   void UseFieldMeta(const std::map<unsigned int, QZFieldMeta>& metas, QZByteSlice items, Reading& reading);
   bool DataFromBytes(QZReadBuffer& in, Reading& reading);
+  bool ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls);
   bool ChildrenFromBytes(QZReadBuffer& in, Reading& reading);
 
   // Writing.

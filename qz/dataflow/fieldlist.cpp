@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "qz/dataflow/fieldtypehandler.h"
+#include "qz/dataflow/recordsections_impl.h"
 
 namespace QZDataFlow {
 
@@ -188,6 +189,9 @@ void FieldList::Freeze() {
   fields.CopyWrapped(fieldsSection);
   meta.CopyWrapped(metaSection);
   metaItems = meta.Get();
+  opening = VersionSection();
+  opening.insert(opening.end(), fieldsSection.begin(), fieldsSection.end());
+  opening.insert(opening.end(), metaSection.begin(), metaSection.end());
   byIdx = ByIdx();
   if (entries.size() >= kSmallestTable) MakeTable();
   frozen = true;

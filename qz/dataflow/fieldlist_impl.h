@@ -72,6 +72,9 @@ class FieldList {
   const std::vector<unsigned char>& MetaItems() const { return metaItems; }
   /// That section, as it is when the record as a whole has no metadata; empty when no field has any either.
   const std::vector<unsigned char>& MetaSection() const { return metaSection; }
+  /// The sections "version", "fields" and "meta" one after the other, as the two above have them: how most records
+  /// with this list begin.
+  const std::vector<unsigned char>& Opening() const { return opening; }
   /// Whether the type names still split into wrapper and type as they did: handlers that were registered since may
   /// have changed that.
   bool SplitsAsBefore() const { return !hasColons || SplitsTheSame(); }
@@ -95,6 +98,7 @@ class FieldList {
   std::vector<unsigned char> fieldsSection;
   std::vector<unsigned char> metaItems;
   std::vector<unsigned char> metaSection;
+  std::vector<unsigned char> opening;
 };
 
 /// The hash of a name: all of its bytes, eight at a time.

@@ -19,6 +19,7 @@ struct Place {
   // come to have its address.
   List from;
   List to;
+  std::size_t pos = 0;  // the place of the field that was put
 };
 
 constexpr std::size_t kPlaces = 256;
@@ -63,9 +64,9 @@ Place* FindFilled(Kind kind, const FieldList* from, const void* data, std::size_
   return fits ? place : nullptr;
 }
 
-void Keep(Kind kind, const List& from, const List& to, const void* data, std::size_t size) {
+void Keep(Kind kind, const List& from, const List& to, const void* data, std::size_t size, std::size_t pos = 0) {
   if (Place* const place = FindPlace(kind, kind == Kind::Fields ? nullptr : Address(from), data, size))
-    *place = Place{kind, from, to};
+    *place = Place{kind, from, to, pos};
 }
 
 bool Equal(QZByteSlice a, QZByteSlice b) {
@@ -112,16 +113,18 @@ void KeepMeta(const List& from, const List& to) {
 }
 
 List FindPut(const FieldList* from, std::string_view name, unsigned int idx, const QZFieldBase& field,
-             bool (*same)(const QZFieldBase&, const QZFieldBase&)) {
+             bool (*same)(const QZFieldBase&, const QZFieldBase&), std::size_t& pos) {
   Place* const place = FindFilled(Kind::Put, from, name.data(), name.size());
-  if (place == nullptr) return nullptr;
-  const std::size_t pos = place->to->Find(name);
-  const bool fits = pos != FieldList::npos && place->to->Idx(pos) == idx && same(place->to->At(pos), field);
-  return fits ? place->to : nullptr;
+  if (place == nullptr || place->to->Idx(place->pos) != idx) return nullptr;
+  const QZFieldBase& put = place->to->At(place->pos);
+  if (put.GetName() != name || !same(put, field)) return nullptr;
+  pos = place->pos;
+  return place->to;
 }
 
-void KeepPut(const List& from, const List& to, std::string_view name) {
-  if (Takes(*to)) Keep(Kind::Put, from, to, name.data(), name.size());
+void KeepPut(const List& from, const List& to, std::size_t pos) {
+  const std::string& name = to->At(pos).GetName();
+  if (Takes(*to)) Keep(Kind::Put, from, to, name.data(), name.size(), pos);
 }
 
 List FindRemoval(const FieldList* from, std::string_view name) {

@@ -25,11 +25,11 @@ void KeepFields(const List& list);
 List FindMeta(const FieldList* from, QZByteSlice items);
 void KeepMeta(const List& from, const List& to);
 
-/// The list that `from` becomes when the field is put under its name with this index; `same` decides whether the field
-/// found there is that field.
+/// The list that `from` becomes when the field is put under its name with this index, and its place there; `same`
+/// decides whether the field found there is that field.
 List FindPut(const FieldList* from, std::string_view name, unsigned int idx, const QZFieldBase& field,
-             bool (*same)(const QZFieldBase&, const QZFieldBase&));
-void KeepPut(const List& from, const List& to, std::string_view name);
+             bool (*same)(const QZFieldBase&, const QZFieldBase&), std::size_t& pos);
+void KeepPut(const List& from, const List& to, std::size_t pos);
 
 /// The list that `from` becomes without the field of that name.
 List FindRemoval(const FieldList* from, std::string_view name);

@@ -34,7 +34,6 @@ using Bytes = std::vector<unsigned char>;
 // The head byte of an integer of 8 bytes, the largest that is written.
 constexpr unsigned char kLastHeadByte = 0x88;
 
-constexpr std::string_view kRecordName = "record.v1";
 constexpr std::string_view kMetaName = "meta";
 constexpr std::string_view kDataName = "data";
 constexpr std::string_view kChildrenName = "children";
@@ -58,23 +57,6 @@ void Append(ByteBlock& out, const Bytes& bytes) { out.Append(bytes.data(), bytes
 
 }  // namespace
 
-const Bytes& VersionSection() {
-  static const auto* const section = [] {
-    QZWriteBuffer version("version");
-    version.WriteString(QZRecord::GetVersion());
-    auto* bytes = new Bytes;
-    version.CopyWrapped(*bytes);
-    return bytes;
-  }();
-  return *section;
-}
-
-bool IsRecordHead(QZByteSlice head, std::size_t contentSize) {
-  const std::size_t nameSize = kRecordName.size();
-  return head.size == 1 + nameSize + IntSize(contentSize) && head.data[0] == nameSize &&
-         std::memcmp(head.data + 1, kRecordName.data(), nameSize) == 0;
-}
-
 QZByteSlice QZRecordImpl::Encode() {
   if (verbatim) return {block.data(), storedSize};
   spare.Clear();
@@ -93,15 +75,19 @@ void QZRecordImpl::AppendTo(ByteBlock& out, bool withSourceID) {
   const std::size_t metaSize = fieldItems.size() + recordItem.size();
   const std::size_t dataSize = DataSize();
   const std::size_t childrenSize = ChildrenSize();
-  std::size_t size = VersionSection().size() + list->FieldsSection().size() + SectionSize(kMetaName, metaSize) +
-                     SectionSize(kDataName, dataSize) + SectionSize(kChildrenName, childrenSize);
+  std::size_t size = recordItem.empty()
+                         ? list->Opening().size()
+                         : VersionSection().size() + list->FieldsSection().size() + SectionSize(kMetaName, metaSize);
+  size += SectionSize(kDataName, dataSize) + SectionSize(kChildrenName, childrenSize);
   for (const ByteRange& section : unknownSections) size += section.size;
 
   out.Reserve(SectionSize(kRecordName, size));
   AppendHead(out, kRecordName, size);
-  Append(out, VersionSection());
-  Append(out, list->FieldsSection());
-  if (metaSize != 0) {
+  if (recordItem.empty()) {
+    Append(out, list->Opening());
+  } else {
+    Append(out, VersionSection());
+    Append(out, list->FieldsSection());
     AppendHead(out, kMetaName, metaSize);
     Append(out, fieldItems);
     Append(out, recordItem);
@@ -129,15 +115,17 @@ Bytes QZRecordImpl::RecordMetaItem(bool withSourceID) const {
 
 std::size_t QZRecordImpl::DataSize() const {
   std::size_t size = 0;
-  for (std::size_t pos = 0; pos < slots.size(); ++pos) {
-    const Slot& slot = slots[pos];
-    if (slot.isNull) {
-      size += IntSize(list->Idx(pos)) + 1;
-    } else if (slot.head != 0 && !slot.isNullItem) {
-      size += slot.head + slot.range.size;
-    } else if (const ByteRange* const value = FindValue(pos)) {
-      size += IntSize(list->Idx(pos)) + IntSize(value->size) + value->size;
+  const unsigned int* idx = list->Indices();
+  for (const Slot& slot : slots) {
+    if (slot.IsItem()) {
+      size += slot.Head() + slot.size;
+    } else if (slot.IsNull()) {
+      size += IntSize(*idx) + 1;
+    } else {
+      ByteRange value;
+      if (FindValue(slot, *idx, value)) size += IntSize(*idx) + IntSize(value.size) + value.size;
     }
+    ++idx;
   }
   return size;
 }
@@ -149,26 +137,27 @@ void QZRecordImpl::AppendData(ByteBlock& out) const {
     out.Append(block.data() + run.begin, run.size);
     run.size = 0;
   };
-  for (std::size_t pos = 0; pos < slots.size(); ++pos) {
-    const Slot& slot = slots[pos];
-    if (slot.head != 0 && slot.isNull == slot.isNullItem) {
-      const ByteRange item{slot.range.begin - slot.head, slot.head + slot.range.size};
-      if (run.begin + run.size != item.begin) {
+  const unsigned int* idx = list->Indices();
+  for (const Slot& slot : slots) {
+    const unsigned int number = *idx++;
+    if (slot.IsItem()) {
+      const std::size_t begin = slot.Begin() - slot.Head();
+      if (run.begin + run.size != begin) {
         end();
-        run.begin = item.begin;
+        run.begin = begin;
       }
-      run.size += item.size;
+      run.size += slot.Head() + slot.size;
       continue;
     }
-    const ByteRange* const value = FindValue(pos);
-    if (!slot.isNull && value == nullptr) continue;
+    ByteRange value;
+    if (!slot.IsNull() && !FindValue(slot, number, value)) continue;
     end();
-    out.AppendInt(std::size_t{list->Idx(pos)});
-    if (slot.isNull) {
+    out.AppendInt(std::size_t{number});
+    if (slot.IsNull()) {
       *out.Extend(1) = BufferImpl::kNone;
     } else {
-      out.AppendInt(value->size);
-      out.Append(block.data() + value->begin, value->size);
+      out.AppendInt(value.size);
+      out.Append(block.data() + value.begin, value.size);
     }
   }
   end();

@@ -113,8 +113,9 @@ int QZRecordImpl::CheckField(const QZFieldBase& field, bool strict) const {
   const QZFieldBase& entry = list->At(pos);
   if (!TypesAgree(entry, field)) return QZRecord::OtherType;
   if ((strict || field.matchByMeta) && !field.meta.IsSubsetOf(entry.meta)) return QZRecord::OtherMeta;
-  if (slots[pos].isNull) return QZRecord::IsNull;
-  if (FindValue(pos) != nullptr) return QZRecord::HasItsValue;
+  ByteRange value;
+  if (slots[pos].IsNull()) return QZRecord::IsNull;
+  if (FindValue(pos, value)) return QZRecord::HasItsValue;
   const auto kept = cache.find(list->Idx(pos));
   if (kept == cache.end()) return QZRecord::NoValue;
   return kept->second.value ? QZRecord::HasItsValue : QZRecord::IsNull;
@@ -123,7 +124,8 @@ int QZRecordImpl::CheckField(const QZFieldBase& field, bool strict) const {
 bool QZRecordImpl::HasValue(const QZFieldBase& field) const {
   const std::size_t pos = FindKey(field);
   if (pos == FieldList::npos || !TypesAgree(list->At(pos), field)) return false;
-  return slots[pos].isNull || FindValue(pos) != nullptr || cache.count(list->Idx(pos)) != 0;
+  ByteRange value;
+  return slots[pos].IsNull() || FindValue(pos, value) || cache.count(list->Idx(pos)) != 0;
 }
 
 bool QZRecordImpl::AddField(const QZFieldBase& field) {
@@ -153,32 +155,34 @@ std::size_t QZRecordImpl::SetFieldEntry(const QZFieldBase& field, Target target,
   }
   std::size_t pos = target.pos;
   if (pos == FieldList::npos) {
-    pos = list->PlaceFor(field.name);
-    PutField(pos, true, field, field.name, target.idx);
+    pos = PutField(pos, field, field.name, target.idx);
   } else if (list->Idx(pos) != target.idx || !SameDescription(list->At(pos), field) ||
              DisplacesOptions(*list, field, pos)) {
-    PutField(pos, false, field, std::string(list->At(pos).name), target.idx);
+    PutField(pos, field, std::string(list->At(pos).name), target.idx);
   }
-  if (slots[pos].isNull != isNull) verbatim = false;
-  slots[pos].isNull = isNull;
+  if (slots[pos].IsNull() != isNull) verbatim = false;
+  slots[pos].SetNull(isNull);
   return pos;
 }
 
-void QZRecordImpl::PutField(std::size_t pos, bool insert, const QZFieldBase& field, const std::string& name,
-                            unsigned int idx) {
+/// Describes the field at `pos` anew, or with npos inserts it, and returns its place.
+std::size_t QZRecordImpl::PutField(std::size_t pos, const QZFieldBase& field, const std::string& name,
+                                   unsigned int idx) {
   verbatim = false;
+  const bool insert = pos == FieldList::npos;
   // The values follow the fields one by one unless a field changes its index, or comes to share one.
   const bool moves = list->SharesIndices() || (insert ? idx <= list->NextIdx() - 1 : list->Idx(pos) != idx);
   if (moves) GatherValues();
   slots.reserve(slots.size() + 1);
 
   const bool derive = own == nullptr && list->Size() < FieldListCache::kMostFields;
-  const std::shared_ptr<const FieldList> from = derive ? shared : nullptr;
-  std::shared_ptr<const FieldList> known;
-  if (derive) known = FieldListCache::FindPut(list, name, idx, field, SameDescription);
+  std::shared_ptr<const FieldList> from, known;
+  if (derive) known = FieldListCache::FindPut(list, name, idx, field, SameDescription, pos);
   if (known) {
     UseList(std::move(known));
   } else {
+    if (derive) from = shared;
+    if (insert) pos = list->PlaceFor(name);
     auto put = std::make_shared<QZFieldBase>(field);
     put->name = name;
     put->matchByMeta = false;
@@ -191,12 +195,13 @@ void QZRecordImpl::PutField(std::size_t pos, bool insert, const QZFieldBase& fie
     }
   }
   if (insert) slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(pos), Slot());
-  if (moves || !strays.empty()) SpreadValues();
+  if (!strays.empty()) SpreadValues();
 
   if (derive && own != nullptr) {
     FreezeList();
-    FieldListCache::KeepPut(from, shared, name);
+    FieldListCache::KeepPut(from, shared, pos);
   }
+  return pos;
 }
 
 void QZRecordImpl::RemoveField(std::size_t pos) {

@@ -92,14 +92,19 @@ void QZRecordImpl::ClearCache() {
 }
 
 void QZRecordImpl::Clear() {
+  ClearForReading();
+  if (shared) UseList(nullptr);
+  slots.clear();
+}
+
+/// Clears all but the fields and the places of their values.
+void QZRecordImpl::ClearForReading() {
   ClearChildCache();
   ClearCache();
-  if (shared) UseList(nullptr);
   block.Clear();
   storedSize = 0;
   verbatim = false;
   wasted = 0;
-  slots.clear();
   if (!strays.empty()) strays.clear();
   if (!recordMeta.IsEmpty()) recordMeta.Clear();
   if (!children.empty()) children.clear();

@@ -22,9 +22,22 @@
 namespace QZDataFlow {
 
 struct QZRecordImpl::Reading {
+  explicit Reading(QZRecordImpl& record) : impl(record) {}
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+  ~Reading() { ForgetValues(); }
+
+  /// Takes away the values of the record before, which stand in the slots until those of this one do, from a place on.
+  void ForgetValues(std::size_t from = 0) {
+    if (hasOldValues) std::fill(impl.slots.begin() + static_cast<std::ptrdiff_t>(from), impl.slots.end(), Slot());
+    hasOldValues = false;
+  }
+
+  QZRecordImpl& impl;
   QZReadBuffer content;
   int section = 0;  // the place in the stored order of the section that was read last
   bool plain = true;
+  bool hasOldValues = true;
 };
 
 namespace {
@@ -154,36 +167,45 @@ bool QZRecordImpl::FromBytes(const unsigned char* data, std::size_t size) {
 }
 
 bool QZRecordImpl::FromIncoming(std::size_t contentAt) {
-  Clear();
+  ClearForReading();
   block.Swap(spare);
   const std::size_t contentSize = block.size() - contentAt;
-  Reading reading;
+  Reading reading(*this);
   reading.content = QZReadBuffer(block.data() + contentAt, contentSize);
   reading.plain = IsRecordHead({block.data(), contentAt}, contentSize);
-  ReadExpected(reading);
+  if (!ReadExpected(reading)) {
+    reading.hasOldValues = false;
+    slots.clear();
+    UseList(nullptr);
+  }
   const bool whole = ReadSections(reading);
   storedSize = block.size();
   verbatim = whole && reading.plain;
   return whole;
 }
 
-/// Reads the sections that come first as long as they are what they were in the record before.
-void QZRecordImpl::ReadExpected(Reading& reading) {
-  if (!TakeExact(reading.content, VersionSection())) {
-    reading.plain = false;
-    return;
-  }
-  reading.section = kVersionPlace;
-  if (!lastRead) return;
+/// Reads the sections before the values, if they are what they were in the record that was read last.
+bool QZRecordImpl::ReadExpected(Reading& reading) {
   const QZReadBuffer before = reading.content;
-  if (lastRead->FieldsSection().empty() || !TakeExact(reading.content, lastRead->FieldsSection()) ||
-      !ReadExpectedMeta(reading) || !lastRead->SplitsAsBefore()) {
-    reading.content = before;
-    return;
+  if (lastRead && TakeExact(reading.content, lastRead->Opening())) {
+    reading.section = lastRead->MetaItems().empty() ? kFieldsPlace : kMetaPlace;
+  } else if (!TakeExact(reading.content, VersionSection())) {
+    reading.plain = false;
+    return false;
+  } else {
+    reading.section = kVersionPlace;
+    if (!lastRead || !TakeExact(reading.content, lastRead->FieldsSection())) return false;
+    reading.section = kFieldsPlace;
   }
-  if (reading.section < kFieldsPlace) reading.section = kFieldsPlace;
-  UseList(lastRead);
-  slots.resize(list->Size());
+  if ((reading.section == kMetaPlace || ReadExpectedMeta(reading)) && lastRead->SplitsAsBefore()) {
+    slots.resize(lastRead->Size());
+    if (list != lastRead.get()) UseList(lastRead);
+    return true;
+  }
+  reading.content = before;
+  reading.section = kVersionPlace;
+  TakeExact(reading.content, VersionSection());
+  return false;
 }
 
 /// The same for the metadata of the fields, behind which that of the record may stand.
@@ -266,9 +288,11 @@ bool QZRecordImpl::ReadVersion(QZReadBuffer& in, Reading& reading) {
 }
 
 bool QZRecordImpl::FieldsFromBytes(QZReadBuffer& in, Reading& reading) {
+  reading.ForgetValues();
   const QZByteSlice content = Rest(in);
   if (list->Size() == 0) {
     if (auto known = FieldListCache::FindFields(content)) {
+      slots.reserve(known->Size());
       lastRead = known;
       UseList(std::move(known));
       slots.resize(list->Size());
@@ -301,7 +325,7 @@ void QZRecordImpl::UseFields(std::vector<FieldList::Entry>&& entries, Reading& r
   std::vector<Slot> fresh(changed->Size());
   for (std::size_t pos = 0; pos < list->Size(); ++pos) {
     const std::size_t now = changed->Find(list->At(pos).GetName());
-    if (now != FieldList::npos && changed->FieldAt(now) == list->FieldAt(pos)) fresh[now].isNull = slots[pos].isNull;
+    if (now != FieldList::npos && changed->FieldAt(now) == list->FieldAt(pos)) fresh[now].SetNull(slots[pos].IsNull());
   }
   GatherValues();
   UseList(std::move(changed));
@@ -371,63 +395,66 @@ bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) {
   const unsigned char* const base = block.data();
   const unsigned char* at = in.Position();
   const unsigned char* const end = at + in.Remaining();
-  const std::size_t fieldCount = list->Size();
   const unsigned int* const indices = list->Indices();
-  const bool simple = !list->SharesIndices();
-  std::size_t next = 0;  // where the item is expected to belong
-  std::set<unsigned int> nulls;
-  const auto finish = [this, &nulls](bool whole) {
-    for (std::size_t pos = 0; !nulls.empty() && pos < list->Size(); ++pos) {
-      if (nulls.count(list->Idx(pos)) != 0) slots[pos].isNull = true;
+  const std::size_t expected = reading.plain && !list->SharesIndices() ? slots.size() : 0;
+  Slot* const places = slots.data();
+  std::size_t next = 0;
+  std::set<unsigned int> nulls;  // indices that met a null out of their turn
+  bool whole = true;
+  while (true) {
+    // The usual case: the next field, index and size in one byte each. A size of 0x80 is the null.
+    for (; next < expected && end - at >= 2; ++next) {
+      const unsigned int size = at[1];
+      const std::size_t valueSize = size & (BufferImpl::kNone - 1u);
+      if (at[0] != indices[next] || at[0] >= BufferImpl::kNone || size > BufferImpl::kNone) break;
+      if (valueSize > static_cast<std::size_t>(end - at) - 2) break;
+      places[next] = Slot(static_cast<std::size_t>(at - base) + 2, valueSize, 2, size == BufferImpl::kNone);
+      at += 2 + valueSize;
     }
-    return whole;
-  };
-  while (at != end) {
-    const unsigned char* const item = at;
-    unsigned int idx;
-    std::size_t size;
-    bool none = false;
-    bool shortest = true;
-    if (end - at >= 2 && at[0] < BufferImpl::kNone && at[1] < BufferImpl::kNone) {
-      idx = at[0];
-      size = at[1];
-      at += 2;
-    } else {
-      QZReadBuffer head(at, static_cast<std::size_t>(end - at));
-      const long number = head.ReadInt();
-      idx = static_cast<unsigned int>(number);
-      size = head.ReadLength(none);
-      at = head.Position();
-      const std::size_t headSize =
-          QZWriteBuffer::IntSize(idx) + (none ? 1 : QZWriteBuffer::IntSize(static_cast<long>(size)));
-      shortest = number == static_cast<long>(idx) && at - item == static_cast<std::ptrdiff_t>(headSize) &&
-                 (!none || at[-1] == BufferImpl::kNone);
-    }
-    if (size > static_cast<std::size_t>(end - at)) return finish(false);
-    Slot slot;
-    slot.range = {static_cast<std::size_t>(at - base), size};
-    slot.head = static_cast<unsigned char>(shortest ? at - item : 0);
-    slot.present = true;
-    slot.isNullItem = none;
-    at += size;
-    if (next < fieldCount && indices[next] == idx && simple) {
-      slot.isNull = none || slots[next].isNull;
-      slots[next++] = slot;
-    } else {
-      const std::size_t pos = list->FindIdx(idx);
-      if (pos == FieldList::npos || pos < next) reading.plain = false;
-      if (pos != FieldList::npos) next = pos + 1;
-      if (none) nulls.insert(idx);
-      if (pos != FieldList::npos && simple) {
-        slot.isNull = slots[pos].isNull;
-        slots[pos] = slot;
-      } else {
-        strays[idx] = slot.range;
-      }
-    }
-    if (!shortest) reading.plain = false;
+    reading.ForgetValues(next);
+    if (at == end) break;
+    in = QZReadBuffer(at, static_cast<std::size_t>(end - at));
+    whole = ReadItem(in, reading, next, nulls);
+    if (!whole) break;
+    at = end - in.Remaining();
   }
-  return finish(true);
+  for (std::size_t pos = 0; !nulls.empty() && pos < slots.size(); ++pos) {
+    if (nulls.count(indices[pos]) != 0) slots[pos].SetNull(true);
+  }
+  return whole;
+}
+
+/// Reads an item of the section "data" of any form, for the field at `next` or another. False when its length is wrong.
+bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls) {
+  const std::size_t before = in.Remaining();
+  const unsigned char* const item = in.Position();
+  bool noIdx, none;
+  const long number = in.ReadInt(noIdx);
+  const unsigned int idx = static_cast<unsigned int>(number);
+  const unsigned long size = in.ReadLength(none);
+  if (size > in.Remaining()) return false;
+  const std::size_t head = before - in.Remaining();
+  const std::size_t plainHead =
+      QZWriteBuffer::IntSize(idx) + (none ? 1 : QZWriteBuffer::IntSize(static_cast<long>(size)));
+  const bool plain =
+      !noIdx && number == static_cast<long>(idx) && head == plainHead && (!none || item[head - 1] == BufferImpl::kNone);
+  const std::size_t begin = static_cast<std::size_t>(item - block.data()) + head;
+  in = QZReadBuffer(item + head + size, in.Remaining() - size);
+
+  const bool inTurn = next < slots.size() && list->Idx(next) == idx;
+  const std::size_t pos = inTurn ? next : list->FindIdx(idx);
+  const bool isShared = list->SharesIndices();
+  reading.plain = reading.plain && plain && !isShared && pos != FieldList::npos && pos >= next;
+  if (pos != FieldList::npos && pos >= next) next = pos + 1;
+  if (none && isShared) nulls.insert(idx);
+  if (pos == FieldList::npos || isShared) {
+    strays[idx] = {begin, size};
+  } else {
+    const bool isNull = none || slots[pos].IsNull();
+    slots[pos] = Slot(begin, size, plain ? head : 0, none);
+    slots[pos].SetNull(isNull);
+  }
+  return true;
 }
 
 bool QZRecordImpl::ChildrenFromBytes(QZReadBuffer& in, Reading& reading) {
@@ -436,14 +463,15 @@ bool QZRecordImpl::ChildrenFromBytes(QZReadBuffer& in, Reading& reading) {
   try {
     while (in.IsValid()) {
       const unsigned char* const item = in.Position();
-      const long number = in.ReadInt();
+      bool noIdx;
+      const long number = in.ReadInt(noIdx);
       const unsigned int idx = static_cast<unsigned int>(number);
       bool none;
       const QZByteSlice bytes = in.ReadSlice(none);
       const std::size_t size =
           QZWriteBuffer::IntSize(idx) + QZWriteBuffer::IntSize(static_cast<long>(bytes.size)) + bytes.size;
       const bool ascends = children.empty() || children.rbegin()->first < idx;
-      if (none || number != static_cast<long>(idx) || !ascends ||
+      if (none || noIdx || number != static_cast<long>(idx) || !ascends ||
           static_cast<std::size_t>(in.Position() - item) != size)
         reading.plain = false;
       children[idx] = none ? ByteRange() : ByteRange{static_cast<std::size_t>(bytes.data - block.data()), bytes.size};

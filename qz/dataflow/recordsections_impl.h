@@ -1,11 +1,17 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "qz/dataflow/readbuffer.h"
 
 namespace QZDataFlow {
+
+/// The version of the stored form that is written.
+inline constexpr std::string_view kRecordVersion = "1.0";
+/// The name of the wrapper around a record.
+inline constexpr std::string_view kRecordName = "record.v1";
 
 /// The section "version" as it is written, with its name and length.
 const std::vector<unsigned char>& VersionSection();

@@ -43,10 +43,15 @@ bool CopyKept(const QZRecordImpl& impl, const QZFieldBase& field, QZFieldKind ki
 
 // The bytes.
 
-const ByteRange* QZRecordImpl::FindValue(std::size_t pos) const {
-  if (!list->SharesIndices()) return slots[pos].present ? &slots[pos].range : nullptr;
-  const auto found = strays.find(list->Idx(pos));
-  return found == strays.end() ? nullptr : &found->second;
+bool QZRecordImpl::FindValue(const Slot& slot, unsigned int idx, ByteRange& value) const {
+  if (!list->SharesIndices()) {
+    value = slot.Range();
+    return slot.IsPresent();
+  }
+  const auto found = strays.find(idx);
+  if (found == strays.end()) return false;
+  value = found->second;
+  return true;
 }
 
 void QZRecordImpl::StoreValue(std::size_t pos, const unsigned char* data, std::size_t size) {
@@ -59,35 +64,32 @@ void QZRecordImpl::StoreValue(std::size_t pos, const unsigned char* data, std::s
     return;
   }
   Slot& slot = slots[pos];
-  if (slot.present && slot.range.size == size && !slot.isNullItem) {
+  if (slot.IsPresent() && slot.size == size && !slot.IsNullItem()) {
     // The rest of the stored form stays as it is.
-    if (size != 0) std::memcpy(block.data() + slot.range.begin, data, size);
+    if (size != 0) std::memcpy(block.data() + slot.Begin(), data, size);
     return;
   }
   verbatim = false;
   MakeRoom(2 * QZWriteBuffer::kMaxIntSize + size);
-  if (slot.present) wasted += slot.head + slot.range.size;
+  if (slot.IsPresent()) wasted += slot.Head() + slot.size;
   const std::size_t begin = block.size();
   block.AppendInt(std::size_t{list->Idx(pos)});
   block.AppendInt(size);
-  slot.head = static_cast<unsigned char>(block.size() - begin);
-  slot.range = {block.size(), size};
-  slot.present = true;
-  slot.isNullItem = false;
+  const bool isNull = slot.IsNull();
+  slot = Slot(block.size(), size, block.size() - begin, false);
+  slot.SetNull(isNull);
   block.Append(data, size);
 }
 
 bool QZRecordImpl::EraseValue(std::size_t pos) {
-  const ByteRange* const value = FindValue(pos);
-  if (value == nullptr) return false;
+  ByteRange value;
+  if (!FindValue(pos, value)) return false;
   verbatim = false;
-  wasted += value->size + slots[pos].head;
+  wasted += value.size + slots[pos].Head();
   if (list->SharesIndices()) {
     strays.erase(list->Idx(pos));
   } else {
-    const bool isNull = slots[pos].isNull;
-    slots[pos] = Slot();
-    slots[pos].isNull = isNull;
+    slots[pos].Erase();
   }
   return true;
 }
@@ -96,11 +98,8 @@ bool QZRecordImpl::EraseValue(std::size_t pos) {
 void QZRecordImpl::GatherValues() {
   if (list->SharesIndices()) return;
   for (std::size_t pos = 0; pos < slots.size(); ++pos) {
-    Slot& slot = slots[pos];
-    if (slot.present) strays[list->Idx(pos)] = slot.range;
-    const bool isNull = slot.isNull;
-    slot = Slot();
-    slot.isNull = isNull;
+    if (slots[pos].IsPresent()) strays[list->Idx(pos)] = slots[pos].Range();
+    slots[pos].Erase();
   }
 }
 
@@ -110,8 +109,9 @@ void QZRecordImpl::SpreadValues() {
   for (std::size_t pos = 0; pos < slots.size(); ++pos) {
     const auto found = strays.find(list->Idx(pos));
     if (found == strays.end()) continue;
-    slots[pos].range = found->second;
-    slots[pos].present = true;
+    const bool isNull = slots[pos].IsNull();
+    slots[pos] = Slot(found->second.begin, found->second.size, 0, false);
+    slots[pos].SetNull(isNull);
     strays.erase(found);
   }
 }
@@ -132,34 +132,33 @@ ByteRange QZRecordImpl::StoreRange(const unsigned char* data, std::size_t size) 
 void QZRecordImpl::Compact() {
   verbatim = false;
   ByteBlock fresh;
-  fresh.Reserve(block.size() - std::min(wasted, block.size()));
-  const auto move = [this, &fresh](ByteRange& range, std::size_t head) {
-    fresh.Append(block.data() + (range.begin - head), head + range.size);
+  const auto move = [this, &fresh](ByteRange& range) {
+    fresh.Append(block.data() + range.begin, range.size);
     range.begin = fresh.size() - range.size;
   };
   // Room for all of it first: then nothing below can fail half-way.
   std::size_t total = 0;
-  for (const Slot& slot : slots) total += slot.head + slot.range.size;
+  for (const Slot& slot : slots) total += slot.Head() + slot.size;
   for (const auto& stray : strays) total += stray.second.size;
   for (const auto& child : children) total += child.second.size;
   for (const ByteRange& section : unknownSections) total += section.size;
   fresh.Reserve(total);
   for (Slot& slot : slots) {
-    if (slot.present) move(slot.range, slot.head);
+    fresh.Append(block.data() + (slot.Begin() - slot.Head()), slot.Head() + slot.size);
+    slot.MoveTo(fresh.size() - slot.size);
   }
-  for (auto& stray : strays) move(stray.second, 0);
-  for (auto& child : children) move(child.second, 0);
-  for (ByteRange& section : unknownSections) move(section, 0);
+  for (auto& stray : strays) move(stray.second);
+  for (auto& child : children) move(child.second);
+  for (ByteRange& section : unknownSections) move(section);
   block.Swap(fresh);
   storedSize = 0;
   wasted = 0;
 }
 
 bool QZRecordImpl::GetSliceAt(std::size_t pos, QZByteSlice& bytes) const {
-  if (slots[pos].isNull) return false;
-  const ByteRange* const value = FindValue(pos);
-  if (value == nullptr) return false;
-  bytes = {block.data() + value->begin, value->size};
+  ByteRange value;
+  if (slots[pos].IsNull() || !FindValue(pos, value)) return false;
+  bytes = {block.data() + value.begin, value.size};
   return true;
 }
 
@@ -192,7 +191,7 @@ bool QZRecordImpl::ClearValue(const QZFieldBase& field) {
   if (pos == FieldList::npos) return false;
   const bool wasKept = ClearCacheEntry(list->Idx(pos));
   if (!EraseValue(pos)) return wasKept;
-  slots[pos].isNull = false;
+  slots[pos].SetNull(false);
   return true;
 }
 
