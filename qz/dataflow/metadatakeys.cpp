@@ -1,6 +1,7 @@
 #include "qz/dataflow/metadatakeys.h"
 
 #include <algorithm>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -135,9 +136,9 @@ const std::map<unsigned int, std::string>& GetMetaConstants() {
 
 unsigned int GetMetaConstant(const std::string& name) {
   static const auto& keys = *[] {
-    auto* made = new std::unordered_map<std::string, unsigned int>;
+    auto made = std::make_unique<std::unordered_map<std::string, unsigned int>>();
     for (const auto& [key, constant] : GetMetaConstants()) made->emplace(constant, key);
-    return made;
+    return made.release();
   }();
   std::string dotted = name;
   for (std::size_t at = 0; (at = dotted.find("::", at)) != std::string::npos; ++at) {

@@ -127,9 +127,15 @@ void RecordUnloading::StoreChildren(QZRecordImpl& impl, unsigned int idx) {
   for (const auto& [key, child] : impl.childCache[idx]) {
     if (!child || child->IsEmpty()) continue;
     QZRecordImpl& stored = QZRecordImpl::Of(*child);
-    SetChildKey(*child, key);
-    stored.AppendTo(list, false);
-    child->DeleteField(ChildKeyField());
+    // The child has the field of its key only while it is written, also when memory runs out over that.
+    try {
+      SetChildKey(*child, key);
+      stored.AppendTo(list, false);
+      child->DeleteField(ChildKeyField());
+    } catch (...) {
+      child->DeleteField(ChildKeyField());
+      throw;
+    }
     ++count;
   }
   if (count == 0) {

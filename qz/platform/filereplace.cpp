@@ -91,7 +91,14 @@ struct ReplacementsUnderWay {
 
 QZFileReplacement::QZFileReplacement(const std::string& path) : target(path), process(::getpid()) {
   ReplacementsUnderWay::Get().Add(this);
-  if (!begin()) errorNumber = out.failed() ? out.error() : errno;
+  try {
+    if (!begin()) errorNumber = out.failed() ? out.error() : errno;
+  } catch (...) {
+    // Nobody destroys what wasn't made.
+    Abandon();
+    ReplacementsUnderWay::Get().Drop(this);
+    throw;
+  }
 }
 
 QZFileReplacement::~QZFileReplacement() {
