@@ -118,7 +118,7 @@ template <class T>
 std::string FormatList(const std::vector<std::optional<T>>& values) {
   std::string text = "[";
   for (const std::optional<T>& value : values) {
-    if (text.size() > 1) text += ", ";
+    if (&value != values.data()) text += ", ";
     text += value ? QZFieldType<T>::Format(*value) : "Null";
   }
   return text + "]";

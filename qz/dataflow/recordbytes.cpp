@@ -31,9 +31,6 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-// The head byte of an integer of 8 bytes, the largest that is written.
-constexpr unsigned char kLastHeadByte = 0x88;
-
 constexpr std::string_view kMetaName = "meta";
 constexpr std::string_view kDataName = "data";
 constexpr std::string_view kChildrenName = "children";
@@ -232,18 +229,23 @@ void AddElement(std::vector<std::optional<QZRecord>>& out, QZByteSlice bytes) {
   if (bytes.size != 0) ReadElement(out.back().emplace(), bytes);
 }
 
+/// Whether a length read here as none stands there as a marker, and isn't cut short. A head byte that announces more
+/// bytes than an integer has is a marker as well.
+bool IsMarker(const QZReadBuffer& in) { return in.IsValid() && !BufferImpl::IsMeasured(*in.Position()); }
+
 /// Takes the next element, without bytes for one that is absent. False for one that is cut short.
 bool TakeElement(QZReadBuffer& in, QZByteSlice& bytes) {
   const QZReadBuffer whole = in;
   bool none;
   const unsigned long nameSize = in.ReadLength(none);
   bytes = {};
-  // A head byte that announces more bytes than an integer has is a marker as well.
-  if (none) return whole.IsValid() && (*whole.Position() == BufferImpl::kNone || *whole.Position() > kLastHeadByte);
+  if (none) return IsMarker(whole);
   if (nameSize > in.Remaining()) return false;
   in = QZReadBuffer(in.Position() + nameSize, in.Remaining() - nameSize);
+  const QZReadBuffer behindName = in;
   const unsigned long size = in.ReadLength(none);
-  if (none || size > in.Remaining()) return false;
+  if (none && !IsMarker(behindName)) return false;
+  if (size > in.Remaining()) return false;
   in = QZReadBuffer(in.Position() + size, in.Remaining() - size);
   bytes = {whole.Position(), whole.Remaining() - in.Remaining()};
   return true;
@@ -253,7 +255,9 @@ template <class Element>
 bool ReadList(std::vector<Element>& out, const unsigned char* data, std::size_t size) {
   if (size == 0) return false;
   QZReadBuffer in(data, size);
-  const unsigned long count = in.ReadLength();
+  bool none;
+  const unsigned long count = in.ReadLength(none);
+  if (none) return IsMarker(QZReadBuffer(data, size));
   if (count > in.Remaining()) return false;
   QZByteSlice bytes;
   for (unsigned long i = 0; i < count; ++i) {

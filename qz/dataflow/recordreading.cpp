@@ -142,8 +142,9 @@ bool IsContentOf(QZByteSlice content, const Bytes& section) {
          std::memcmp(section.data() + (section.size() - content.size), content.data, content.size) == 0;
 }
 
-/// Whether these bytes are the item that a writer makes of the metadata.
+/// Whether these bytes are the item that a writer makes of the metadata. Of none it makes no item.
 bool IsItemOf(QZByteSlice bytes, unsigned int idx, const QZMeta& meta) {
+  if (meta.IsEmpty()) return false;
   QZWriteBuffer item;
   AppendMetaItem(item, idx, meta);
   return item.Get().size() == bytes.size && StartsWith(bytes, item.Get());
@@ -217,9 +218,11 @@ bool QZRecordImpl::ReadExpectedMeta(Reading& reading) {
   QZReadBuffer section;
   if (!in.Unwrap(name, section) || name != "meta") return false;
   const std::size_t size = section.Remaining();
+  if (size == 0) return false;  // a writer leaves it out
   if (reading.content.Remaining() - in.Remaining() != HeadSize(name, size) + size) return false;
   if (!TakeExact(section, items)) return false;
-  if (section.IsValid() && !ReadRecordItem(Rest(section))) return false;
+  // Damaged bytes can give a field the index of the record, whose metadata is the field's too.
+  if (section.IsValid() && (lastRead->FindIdx(0) != FieldList::npos || !ReadRecordItem(Rest(section)))) return false;
   reading.section = kMetaPlace;
   reading.content = in;
   return true;
@@ -403,7 +406,7 @@ bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) {
   bool whole = true;
   while (true) {
     // The usual case: the next field, index and size in one byte each. A size of 0x80 is the null.
-    for (; next < expected && end - at >= 2; ++next) {
+    for (; next != expected && end - at >= 2; ++next) {
       const unsigned int size = at[1];
       const std::size_t valueSize = size & (BufferImpl::kNone - 1u);
       if (at[0] != indices[next] || at[0] >= BufferImpl::kNone || size > BufferImpl::kNone) break;
@@ -428,9 +431,9 @@ bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) {
 bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls) {
   const std::size_t before = in.Remaining();
   const unsigned char* const item = in.Position();
-  bool noIdx, none;
-  const long number = in.ReadInt(noIdx);
+  const long number = in.ReadInt();
   const unsigned int idx = static_cast<unsigned int>(number);
+  bool none;
   const unsigned long size = in.ReadLength(none);
   if (size > in.Remaining()) return false;
   const std::size_t head = before - in.Remaining();
@@ -443,11 +446,10 @@ bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& nex
 
   const bool inTurn = next < slots.size() && list->Idx(next) == idx;
   const std::size_t pos = inTurn ? next : list->FindIdx(idx);
-  const bool isShared = list->SharesIndices();
-  reading.plain = reading.plain && plain && !isShared && pos != FieldList::npos && pos >= next;
+  reading.plain = reading.plain && plain && pos != FieldList::npos && pos >= next;
   if (pos != FieldList::npos && pos >= next) next = pos + 1;
-  if (none && isShared) nulls.insert(idx);
-  if (pos == FieldList::npos || isShared) {
+  if (none && list->SharesIndices()) nulls.insert(idx);
+  if (pos == FieldList::npos || list->SharesIndices()) {
     strays[idx] = {begin, size};
   } else {
     const bool isNull = none || slots[pos].IsNull();
@@ -463,15 +465,14 @@ bool QZRecordImpl::ChildrenFromBytes(QZReadBuffer& in, Reading& reading) {
   try {
     while (in.IsValid()) {
       const unsigned char* const item = in.Position();
-      bool noIdx;
-      const long number = in.ReadInt(noIdx);
+      const long number = in.ReadInt();
       const unsigned int idx = static_cast<unsigned int>(number);
       bool none;
       const QZByteSlice bytes = in.ReadSlice(none);
       const std::size_t size =
           QZWriteBuffer::IntSize(idx) + QZWriteBuffer::IntSize(static_cast<long>(bytes.size)) + bytes.size;
       const bool ascends = children.empty() || children.rbegin()->first < idx;
-      if (none || noIdx || number != static_cast<long>(idx) || !ascends ||
+      if (none || number != static_cast<long>(idx) || !ascends ||
           static_cast<std::size_t>(in.Position() - item) != size)
         reading.plain = false;
       children[idx] = none ? ByteRange() : ByteRange{static_cast<std::size_t>(bytes.data - block.data()), bytes.size};

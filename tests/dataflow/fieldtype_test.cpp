@@ -167,6 +167,7 @@ TEST(VectorFieldType, ElementsMayBeAbsentOrCutShort) {
                        "[0.500000000000, Null, -1.000000000000]");
   ExpectVector<bool>({true, std::nullopt, false}, "03 01 80 00", "[True, Null, False]");
   ExpectVector<std::string>({"ab", std::nullopt, ""}, "03 02 61 62 80 00", "[ab, Null, ]");
+  ExpectVector<std::string>({"", "a"}, "02 00 01 61", "[, a]");
   ExpectVector<Bytes>({Bytes{1, 2}, std::nullopt, Bytes{}}, "03 02 01 02 80 00",
                       "[<Blob of length 2>, Null, <Blob of length 0>]");
   ExpectVector<long>(

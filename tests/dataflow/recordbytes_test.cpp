@@ -192,6 +192,7 @@ TEST(RecordBytes, FormsThatNobodyWritesAreWrittenProperly) {
         fields + data,                                                        // without a version
         fields + kVersion + data,                                             // the version later
         kVersion + fields + kMeta + "03 01 00 00 " + data,                    // metadata without any
+        kVersion + fields + kMeta + "03 00 00 00 " + data,                    // the same of the record
         kVersion + fields + kMeta + "00 " + data,                             // an empty section
         kVersion + fields + data + kData + "00 ",                             // once more
         kVersion + std::string(kFields) + "08 01 62 02 03 49 6E 74 00 " + kFields + "08 01 61 01 03 49 6E 74 00 " +
@@ -200,10 +201,28 @@ TEST(RecordBytes, FormsThatNobodyWritesAreWrittenProperly) {
         kVersion + data + fields,  // values before their fields
         std::string("07 76 65 72 73 69 6F 6E 04 03 32 2E 37 ") + fields + data}) {
     EXPECT_EQ(Rewritten(form), proper) << form;
+    QZRecord record;
+    ASSERT_TRUE(record.FromBytes(Whole(proper)) && record.FromBytes(Whole(form)));
+    EXPECT_EQ(Text(record.ToBytes()), Text(Whole(proper))) << form << " behind a proper one";
   }
   QZRecord record;
   ASSERT_TRUE(record.FromBytes(FromHex("03 61 62 63 0D " + std::string(kVersion))));
   EXPECT_EQ(Text(record.ToBytes()), std::string(kHead) + "0D " + kVersion);
+}
+
+TEST(RecordBytes, ListsOfRecordsTellMarkersFromWhatIsCutShort) {
+  const struct {
+    const char* bytes;
+    bool read;
+    std::size_t count;
+  } cases[] = {{"80", true, 0},        {"89", true, 0},          {"82 01", false, 0},
+               {"81 FF", false, 0},    {"02 80 89", true, 2},    {"02 80", false, 0},
+               {"02 80 81", false, 1}, {"01 01 61 80", true, 1}, {"01 01 61 82 01", false, 0}};
+  for (const auto& [bytes, read, count] : cases) {
+    std::vector<std::optional<QZRecord>> list;
+    EXPECT_EQ(QZVectorFieldType<QZRecord>::FromBytes(list, FromHex(bytes)), read) << bytes;
+    EXPECT_EQ(list.size(), count) << bytes;
+  }
 }
 
 TEST(RecordBytes, SharedIndicesShareTheirValue) {
