@@ -2,15 +2,39 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
+
+#include "tools/common/texttable.h"
 
 namespace QZTools {
 
 using namespace QZSystem;
 
+namespace {
+
+// A bar that leaves room on its line for the task before it and the figures behind it.
+unsigned int barWidth() {
+  constexpr unsigned int others = 46;
+  constexpr unsigned int widest = 40;
+  constexpr unsigned int narrowest = 5;
+  const unsigned int columns = TerminalWidth(STDERR_FILENO);
+  return std::clamp(columns > others ? columns - others : 0, narrowest, widest);
+}
+
+}  // namespace
+
 RunTracer::RunTracer(const std::string& word, std::string taskName)
-    : task(std::move(taskName)), silent(word == "none"), waits(word == "auto"), drawsBar(isatty(STDERR_FILENO) == 1) {
+    : task(std::move(taskName)),
+      silent(word == "none"),
+      waits(word == "auto"),
+      drawsBar(isatty(STDERR_FILENO) == 1),
+      bar("", barWidth()) {
   QZGetTimeOfDay(&start);
+}
+
+RunTracer::~RunTracer() {
+  if (begun && drawsBar) qzerr << qzendl;
 }
 
 void RunTracer::SetTask(std::string name) { task = std::move(name); }

@@ -15,6 +15,8 @@ class RunTracer : public QZSystem::QZTracerBase {
  public:
   /// `word` is that of the option -progress: auto, bar or none.
   RunTracer(const std::string& word, std::string taskName);
+  /// Closes the line of a bar whose work has been broken off.
+  ~RunTracer() override;
 
   void SetTask(std::string name) override;
   void Push(std::string name) override;

@@ -48,14 +48,27 @@ std::string cut(const std::string& text, std::size_t width) {
   return kept + ellipsis;
 }
 
+// The opening and the names, with commas between them, in lines of that width.
+void writeWrapped(qzostream& out, std::string line, const std::vector<std::string>& names, unsigned int width) {
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string next = names[i] + (i + 1 < names.size() ? "," : "");
+    if (TextWidth(line) + 1 + TextWidth(next) > width) {
+      out << line << '\n';
+      line.assign(1, ' ');
+    }
+    line += " " + next;
+  }
+  out << line << '\n';
+}
+
 }  // namespace
 
-unsigned int TerminalWidth() {
+unsigned int TerminalWidth(int descriptor) {
   unsigned int columns = 0;
   const char* const wanted = std::getenv("COLUMNS");
   if (wanted && QZStringToNumber(wanted, columns) && columns > 0) return columns;
   winsize size = {};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
   return 80;
 }
 
@@ -114,8 +127,8 @@ void TextTable::Write(qzostream& out, unsigned int width) const {
   for (const auto& row : rows) writeLine(out, row, widths);
   if (widths.size() == columns.size()) return;
   headings.erase(headings.begin(), headings.begin() + static_cast<std::ptrdiff_t>(widths.size()));
-  out << "and " << headings.size() << (headings.size() > 1 ? " more columns: " : " more column: ")
-      << QZStringJoin(headings, ", ") << '\n';
+  const std::string count = QZNumberToString(headings.size());
+  writeWrapped(out, "and " + count + (headings.size() > 1 ? " more columns:" : " more column:"), headings, width);
 }
 
 }  // namespace QZTools

@@ -7,9 +7,9 @@
 
 namespace QZTools {
 
-/// The columns of the terminal that standard output goes to: COLUMNS where it is set to a number, else what the
-/// terminal says, else 80.
-unsigned int TerminalWidth();
+/// The columns of the terminal that a descriptor, standard output or standard error, goes to: COLUMNS where it is set
+/// to a number, else what the terminal says, else 80.
+unsigned int TerminalWidth(int descriptor = 1);
 
 /// The cells that a text takes on a terminal: one for each code point of its UTF-8.
 std::size_t TextWidth(const std::string& text);
