@@ -33,7 +33,7 @@ void convert(QZInterface& settings) {
     sink->Put(record);
     CheckInterrupt();
   }
-  const std::string path = TextSetting(settings, "-in");
+  const std::string path = InputName(settings);
   setter.RequireMet(path);
   FinishOutput(settings, *sink);
   QZThrow.Verbose(path + ": " + QZNumberToString(count) + " records");

@@ -6,6 +6,7 @@
 
 #include "tools/common/display.h"
 #include "tools/common/expression.h"
+#include "tools/common/fieldwatch.h"
 #include "tools/common/metasetting.h"
 #include "tools/common/recordsettings.h"
 #include "tools/common/tool.h"
@@ -28,7 +29,8 @@ constexpr const char* ownConfiguration = R"(
     !DETAIL
       Operators: + - * / ^ == != < > <= >= && || and the conditional a ? b : c.
       Functions: sqrt, exp, ln, log10, log2, sin, cos, tan, abs, min, max, avg, rint and more.
-      A null or missing operand makes the condition false. Computed fields may be used.
+      A null or missing operand makes the condition false. Computed fields may be used. The names
+      of fields are letters, digits and _ here; texts are for -match.
   !END
   !PARAMETER -match 2
     !TYPE string
@@ -56,8 +58,8 @@ constexpr const char* ownConfiguration = R"(
     !SIMPLE true
     !BRIEF Computed fields, as "decay = ln(2) / half_life; rate = 2 * decay"
     !DETAIL
-      They are Floats, computed in this order before anything is picked. A null or missing
-      operand makes the value null.
+      They are Floats, computed in this order, so that a formula and -where may use those before
+      it. A null or missing operand makes the value null.
   !END
   !PARAMETER -meta 2
     !TYPE string
@@ -77,6 +79,14 @@ constexpr const char* ownConfiguration = R"(
 struct Pattern {
   std::string name;
   std::string text;
+};
+
+struct Matcher {
+  explicit Matcher(const Pattern& pattern) : text(pattern.text), field(pattern.name) {}
+
+  std::string text;
+  // The field of that name in the present record, of any type.
+  QZFieldBase field;
 };
 
 struct Computed {
@@ -102,12 +112,13 @@ std::vector<Pattern> parsePairs(const std::string& option, const std::string& te
   return pairs;
 }
 
-std::vector<Pattern> parsePatterns(const std::string& text) {
-  std::vector<Pattern> patterns = parsePairs("-match", text);
-  for (const Pattern& pattern : patterns) {
+std::vector<Matcher> parsePatterns(const std::string& text) {
+  std::vector<Matcher> patterns;
+  for (const Pattern& pattern : parsePairs("-match", text)) {
     if (std::count(pattern.text.begin(), pattern.text.end(), '*') > 2) {
       throw ToolError("-match: the pattern '" + pattern.text + "' has more than two *");
     }
+    patterns.emplace_back(pattern);
   }
   return patterns;
 }
@@ -151,12 +162,13 @@ class Filter {
         drop(parseNames(TextSetting(settings, "-drop"))) {
     const std::string condition = TextSetting(settings, "-where");
     if (!condition.empty()) where.emplace("-where", condition);
+    decisive = countDecisive();
   }
 
   // The columns of a table after the run. Names that are no columns are refused.
   std::vector<QZFieldBase> Columns(const std::vector<QZFieldBase>& source) const;
 
-  // Computes, then decides; what is kept has its fields trimmed.
+  // Decides; what is kept has its fields computed and trimmed. Only what the decision needs is computed before it.
   bool Pass(QZRecord& record);
 
   // Says which names no record had, once all have been seen.
@@ -165,18 +177,38 @@ class Filter {
   bool IsComputed(const std::string& name) const;
 
  private:
+  std::size_t countDecisive() const;
+  void watchFields(const QZRecord& record);
   bool matches(const QZRecord& record);
-  void compute(QZRecord& record);
-  void trim(QZRecord& record) const;
+  void compute(QZRecord& record, std::size_t from, std::size_t to);
   bool stays(const std::string& name) const { return (keep.empty() || keep.count(name) != 0) && drop.count(name) == 0; }
 
   std::optional<Expression> where;
-  std::vector<Pattern> patterns;
+  std::vector<Matcher> patterns;
   std::vector<Computed> computed;
+  // So many of the computed fields come before the decision.
+  std::size_t decisive = 0;
   std::set<std::string> keep;
   std::set<std::string> drop;
-  std::set<std::string> lastNames;
+  FieldWatch watch;
+  ValueText texts;
+  std::vector<QZFieldBase> unwanted;
+  std::set<std::string> metNames;
 };
+
+// All up to the last one that the condition or a pattern uses: each may use those before it.
+std::size_t Filter::countDecisive() const {
+  std::set<std::string> used;
+  if (where) {
+    for (const std::string& name : where->Operands()) used.insert(name);
+  }
+  for (const Matcher& pattern : patterns) used.insert(pattern.field.GetName());
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < computed.size(); ++i) {
+    if (used.count(computed[i].field.GetName()) != 0) count = i + 1;
+  }
+  return count;
+}
 
 bool Filter::IsComputed(const std::string& name) const {
   return std::any_of(computed.begin(), computed.end(), [&](const Computed& c) { return c.field.GetName() == name; });
@@ -203,7 +235,7 @@ std::vector<QZFieldBase> Filter::Columns(const std::vector<QZFieldBase>& source)
   if (where) {
     for (const std::string& name : where->Operands()) require("-where", name);
   }
-  for (const Pattern& pattern : patterns) require("-match", pattern.name);
+  for (const Matcher& pattern : patterns) require("-match", pattern.field.GetName());
   for (const std::string& name : keep) require("-keep", name);
   for (const std::string& name : drop) require("-drop", name);
   all.erase(std::remove_if(all.begin(), all.end(), [&](const QZFieldBase& f) { return !stays(f.GetName()); }),
@@ -212,8 +244,9 @@ std::vector<QZFieldBase> Filter::Columns(const std::vector<QZFieldBase>& source)
   return all;
 }
 
-void Filter::compute(QZRecord& record) {
-  for (Computed& each : computed) {
+void Filter::compute(QZRecord& record, std::size_t from, std::size_t to) {
+  for (std::size_t i = from; i < to; ++i) {
+    Computed& each = computed[i];
     double value = 0;
     const bool known = each.formula.Evaluate(record, value);
     if (record.CheckField(each.field) == QZRecord::OtherType) record.DeleteField(each.field);
@@ -221,36 +254,39 @@ void Filter::compute(QZRecord& record) {
   }
 }
 
-bool Filter::matches(const QZRecord& record) {
-  for (const Pattern& pattern : patterns) {
-    const QZField<std::string> asText(pattern.name);
-    std::optional<std::string> text = record.GetValue<std::optional<std::string>>(asText);
-    if (!text && record.CheckField(asText) == QZRecord::OtherType) {
-      for (const QZFieldBase& field : record.GetFields()) {
-        if (field.GetName() == pattern.name && !record.IsNA(field)) text = DisplayText(record, field);
-      }
+// Finds the fields that patterns look at and those to be dropped, where the record has others than the one before.
+void Filter::watchFields(const QZRecord& record) {
+  if (!watch.See(record)) return;
+  unwanted.clear();
+  for (const Computed& each : computed) {
+    metNames.insert(each.field.GetName());
+    if (!stays(each.field.GetName())) unwanted.push_back(each.field);
+  }
+  for (const QZFieldBase& field : watch.Fields()) {
+    metNames.insert(field.GetName());
+    if (!stays(field.GetName()) && !IsComputed(field.GetName())) unwanted.push_back(field);
+    for (Matcher& pattern : patterns) {
+      if (pattern.field.GetName() == field.GetName()) pattern.field = field;
     }
-    if (!text || !QZStringMatch(*text, pattern.text)) return false;
+  }
+}
+
+bool Filter::matches(const QZRecord& record) {
+  for (const Matcher& pattern : patterns) {
+    const std::optional<std::string_view> text = texts.Of(record, pattern.field);
+    if (!text || !QZStringMatch(std::string(*text), pattern.text)) return false;
   }
   return true;
 }
 
-void Filter::trim(QZRecord& record) const {
-  if (keep.empty()) {
-    for (const std::string& name : drop) record.DeleteField(QZFieldBase(name));
-    return;
-  }
-  for (const QZFieldBase& field : record.GetFields()) {
-    if (!stays(field.GetName())) record.DeleteField(field);
-  }
-}
-
 bool Filter::Pass(QZRecord& record) {
-  compute(record);
+  compute(record, 0, decisive);
   double value = 0;
   if (where && !(where->Evaluate(record, value) && value != 0)) return false;
+  if (!patterns.empty() || !keep.empty() || !drop.empty()) watchFields(record);
   if (!matches(record)) return false;
-  trim(record);
+  compute(record, decisive, computed.size());
+  for (const QZFieldBase& field : unwanted) record.DeleteField(field);
   return true;
 }
 
@@ -262,10 +298,18 @@ void Filter::ReportUnmet(const std::string& path) const {
   if (where) add(*where);
   for (const Computed& each : computed) add(each.formula);
   for (const std::string& name : unmet) QZThrow.Info(path + ": no record has the field " + name);
+  if (metNames.empty()) return;
+  unmet.clear();
+  for (const Matcher& pattern : patterns) unmet.insert(pattern.field.GetName());
+  unmet.insert(keep.begin(), keep.end());
+  unmet.insert(drop.begin(), drop.end());
+  for (const std::string& name : unmet) {
+    if (metNames.count(name) == 0) QZThrow.Info(path + ": no record that was kept or matched has the field " + name);
+  }
 }
 
 void filter(QZInterface& settings) {
-  const std::string path = TextSetting(settings, "-in");
+  const std::string path = InputName(settings);
   const bool counts = FlagSetting(settings, "-count");
   if (!counts && TextSetting(settings, "-out").empty()) {
     throw ToolError("Give the file to write as -out (or second), or -count to count only");

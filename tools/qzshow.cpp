@@ -6,6 +6,7 @@
 
 #include "tools/common/display.h"
 #include "tools/common/fieldstats.h"
+#include "tools/common/fieldwatch.h"
 #include "tools/common/recordsettings.h"
 #include "tools/common/texttable.h"
 #include "tools/common/tool.h"
@@ -90,6 +91,8 @@ class FieldList {
 
 void showRows(RecordSource& source, unsigned int rows) {
   FieldList<std::vector<std::string>> columns;
+  FieldWatch watch;
+  ValueText texts;
   unsigned int count = 0;
   bool more = false;
   for (QZRecord record; !more && source.Next(record); CheckInterrupt()) {
@@ -98,10 +101,11 @@ void showRows(RecordSource& source, unsigned int rows) {
       break;
     }
     ++count;
-    for (const QZFieldBase& field : record.GetFields()) {
+    watch.See(record);
+    for (const QZFieldBase& field : watch.Fields()) {
       std::vector<std::string>& cells = columns.For(field);
       cells.resize(count - 1);
-      cells.push_back(DisplayText(record, field));
+      cells.emplace_back(texts.Of(record, field).value_or(std::string_view()));
     }
   }
   std::vector<TextTable::Column> headings;
@@ -122,18 +126,26 @@ struct Presence {
   unsigned long nulls = 0;
   std::string type;
   bool mixed = false;
+
+  void See(const QZRecord& record, const QZFieldBase& field) {
+    ++(record.IsNA(field) || !record.HasValue(field) ? nulls : values);
+  }
 };
 
 void showSchema(RecordSource& source) {
   FieldList<Presence> fields;
+  FieldWatch watch;
   unsigned long count = 0;
   for (QZRecord record; source.Next(record); CheckInterrupt()) {
     ++count;
-    for (const QZFieldBase& field : record.GetFields()) {
+    watch.See(record);
+    for (const QZFieldBase& field : watch.Fields()) {
       Presence& presence = fields.For(field);
-      ++(record.IsNA(field) ? presence.nulls : presence.values);
-      if (presence.type.empty()) presence.type = field.GetTypeName();
-      presence.mixed = presence.mixed || presence.type != field.GetTypeName();
+      presence.See(record, field);
+      if (!watch.Changed()) continue;
+      const std::string type = field.GetTypeName();
+      if (presence.type.empty()) presence.type = type;
+      presence.mixed = presence.mixed || presence.type != type;
     }
   }
   TextTable table({{"name"}, {"type"}, {"values", true}, {"nulls", true}, {"missing", true}, {"metadata"}});
@@ -153,18 +165,25 @@ struct Statistics {
   TextStats texts;
 };
 
-void addValue(Statistics& statistics, const QZRecord& record, const QZFieldBase& field) {
-  if (record.IsNA(field) || !record.HasValue(field)) {
-    ++statistics.nulls;
-  } else if (isNumeric(field)) {
-    const std::string& name = field.GetName();
-    const bool isInt = QZGetFieldKind(field.GetType()) == QZFieldKind::Int;
-    statistics.numbers.Add(isInt ? static_cast<double>(record.GetValue(QZField<long>(name)))
-                                 : record.GetValue(QZField<double>(name)));
-  } else {
-    statistics.texts.Add(DisplayText(record, field));
+// Takes in the values of records.
+class StatisticsTaker {
+ public:
+  void Add(Statistics& statistics, const QZRecord& record, const QZFieldBase& field) {
+    if (isNumeric(field)) {
+      const std::optional<double> number = NumberOf(record, field, room);
+      if (number) statistics.numbers.Add(*number);
+      if (!number) ++statistics.nulls;
+    } else {
+      const std::optional<std::string_view> text = texts.Of(record, field);
+      if (text) statistics.texts.Add(std::string(*text));
+      if (!text) ++statistics.nulls;
+    }
   }
-}
+
+ private:
+  ValueText texts;
+  std::vector<unsigned char> room;
+};
 
 void showNumbers(const FieldList<Statistics>& fields) {
   constexpr unsigned int histogramCells = 8;
@@ -179,7 +198,8 @@ void showNumbers(const FieldList<Statistics>& fields) {
   bool any = false;
   for (const auto& [field, statistics] : fields.All()) {
     const NumberStats& numbers = statistics.numbers;
-    if (!isNumeric(field)) continue;
+    // Records may disagree about the type of a field.
+    if (!isNumeric(field) && numbers.Count() + numbers.NaNCount() == 0) continue;
     any = true;
     const auto shown = [&](double value) { return numbers.Count() > 0 ? shortNumber(value) : std::string(); };
     table.AddRow({field.GetName(), QZNumberToString(numbers.Count() + numbers.NaNCount()),
@@ -195,9 +215,9 @@ void showTexts(const FieldList<Statistics>& fields) {
   TextTable table({{"text"}, {"count", true}, {"nulls", true}, {"distinct", true}, {"most frequent"}});
   bool any = false;
   for (const auto& [field, statistics] : fields.All()) {
-    if (isNumeric(field)) continue;
-    any = true;
     const TextStats& texts = statistics.texts;
+    if (isNumeric(field) && texts.Count() == 0) continue;
+    any = true;
     std::vector<std::string> frequent;
     for (const auto& [text, times] : texts.MostFrequent(shownTexts)) {
       frequent.push_back(text + " (" + QZNumberToString(times) + ")");
@@ -210,10 +230,13 @@ void showTexts(const FieldList<Statistics>& fields) {
 
 void showStats(RecordSource& source) {
   FieldList<Statistics> fields;
+  FieldWatch watch;
+  StatisticsTaker taker;
   unsigned long count = 0;
   for (QZRecord record; source.Next(record); CheckInterrupt()) {
     ++count;
-    for (const QZFieldBase& field : record.GetFields()) addValue(fields.For(field), record, field);
+    watch.See(record);
+    for (const QZFieldBase& field : watch.Fields()) taker.Add(fields.For(field), record, field);
   }
   showNumbers(fields);
   showTexts(fields);

@@ -58,6 +58,8 @@ TEST_F(Convert, SetsMetadata) {
             "Units.Mass.g?\n");
   EXPECT_EQ(refusal("qzconvert -meta n:Units.Mass.Da a.csv b.qzr"),
             "Fatal: a.csv: has no column n (named in -meta); did you mean m?\n");
+  EXPECT_EQ(refusal("qzconvert -meta m: a.csv b.qzr"),
+            "Fatal: -meta: 'm:' isn't a column, a colon and the name of metadata\n");
   EXPECT_EQ(refusal("qzconvert -meta m:Annotation.Author a.csv b.qzr"),
             "Fatal: -meta: Annotation.Author needs a value: Annotation.Author=...\n");
 }
@@ -74,9 +76,14 @@ TEST_F(Convert, NamesThePlaceOfABadCell) {
   EXPECT_EQ(refusal("qzconvert -types n:Number a.csv b.qzr"),
             "Fatal: -types: 'n:Number' isn't a name, a colon and one of Int, Float, Bool, String\n");
   write("short.csv", "a,b\n1\n");
-  EXPECT_EQ(refusal("qzconvert short.csv b.qzr"), "Fatal: short.csv: line 2: has 1 cell, the header line has 2\n");
+  EXPECT_EQ(refusal("qzconvert short.csv b.qzr"),
+            "Fatal: short.csv: line 2 (record 1): has 1 cell, the header line has 2\n");
   write("quote.csv", "a,b\n1,\"2\n");
-  EXPECT_EQ(refusal("qzconvert quote.csv b.qzr"), "Fatal: quote.csv: line 2, column 2: the quote is never closed\n");
+  EXPECT_EQ(refusal("qzconvert quote.csv b.qzr"),
+            "Fatal: quote.csv: line 2 (record 1), column 2: the quote is never closed\n");
+  write("twice.csv", "\xEF\xBB\xBFn,x,n\n1,2,3\n");
+  EXPECT_EQ(refusal("qzconvert twice.csv b.qzr"),
+            "Fatal: twice.csv: line 1: column n occurs twice; give each column a name of its own\n");
 }
 
 TEST_F(Convert, RefusesWhatItCannotOpenOrName) {
@@ -133,6 +140,27 @@ TEST_F(Convert, SaysWhatAFormatDrops) {
   EXPECT_FALSE(exists("c.csv"));
 }
 
+// A table takes its columns from the first record; a later one may have others, and other types.
+TEST_F(Convert, PutsRecordsOfDifferentFieldsIntoATable) {
+  const auto document = [](const std::string& fields) { return "{\"version\":[1,0],\"fields\":[" + fields + "]}\n"; };
+  const std::string inner = "{\"version\":[1,0],\"fields\":[{\"name\":\"k\",\"type\":\"Int\",\"idx\":1,\"value\":7}]}";
+  write("a.jsonl", document("{\"name\":\"x\",\"type\":\"Int\",\"idx\":1,\"value\":1},"
+                            "{\"name\":\"y\",\"type\":\"Bool\",\"idx\":2,\"value\":true}") +
+                       document("{\"name\":\"x\",\"type\":\"String\",\"idx\":1,\"value\":\"a,b\"},"
+                                "{\"name\":\"z\",\"type\":\"Int\",\"idx\":2,\"value\":2}") +
+                       document("{\"name\":\"y\",\"type\":\"Float\",\"idx\":1,\"value\":0.5},"
+                                "{\"name\":\"x\",\"type\":\"Record\",\"idx\":2,\"value\":" +
+                                inner + "}"));
+  const Outcome outcome = run("qzconvert -outformat csv -informat json - - <a.jsonl");
+  EXPECT_EQ(outcome.out, "x,y\n1,true\n\"a,b\",\n<QZRecord>,0.5\n");
+  EXPECT_EQ(outcome.messages, "standard output: the format can't hold 2 fields\n");
+}
+
+TEST_F(Convert, ReadsStandardInputFromItsPlace) {
+  write("a.csv", "a comment\nn\n1\n");
+  EXPECT_EQ(run("{ read -r comment; qzconvert -informat csv -outformat csv - -; } <a.csv").out, "n\n1\n");
+}
+
 TEST_F(Convert, EndsQuietlyWhenItsReaderDoes) {
   const Outcome outcome =
       run("{ echo n; seq 1 200000; } >a.csv\n"
@@ -160,6 +188,7 @@ TEST_F(Convert, AnswersForHelpOnStandardOutput) {
   EXPECT_EQ(run("qzconvert --version").out, QZSystem::QZSystemGetRelease() + std::string("\n"));
   EXPECT_EQ(refusal("qzconvert -nosuch a.csv b.qzr"),
             "Fatal: Unknown argument -nosuch on command line (too many arguments to be keyless)\n");
+  EXPECT_EQ(refusal("qzconvert -metta a.csv"), "Fatal: -metta is neither an option nor a file; did you mean -meta?\n");
 }
 
 }  // namespace

@@ -70,8 +70,8 @@ TEST(Csv, ReadsRows) {
 }
 
 TEST(Csv, TellsWhereARowIsBroken) {
-  EXPECT_EQ(failure("a,b\n1,\"2\n3"), "line 2, column 2: the quote is never closed");
-  EXPECT_EQ(failure("a\n\"b\"c\n"), "line 2, column 1: text stands behind the closing quote");
+  EXPECT_EQ(failure("a,b\n1,\"2\n3"), "line 2 (record 1), column 2: the quote is never closed");
+  EXPECT_EQ(failure("a\n\"b\"c\n"), "line 2 (record 1), column 1: text stands behind the closing quote");
   EXPECT_EQ(failure("\"b\"\rc\n"), "line 1, column 1: text stands behind the closing quote");
 }
 

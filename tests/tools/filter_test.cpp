@@ -1,5 +1,7 @@
+#include "qz/dataflow.h"
 #include "tests/tools/toolrun.h"
 
+using namespace QZDataFlow;
 using namespace QZTools;
 
 namespace {
@@ -21,7 +23,9 @@ class Filter : public ToolRun {
     EXPECT_EQ(table.messages, "") << options;
     EXPECT_EQ(table.status, 0) << options;
     const Outcome records = run("qzconvert n.csv n.qzr && qzfilter -outformat csv " + options + " n.qzr -");
-    if (table.out.find('\n') + 1 != table.out.size()) EXPECT_EQ(records.out, table.out) << options;
+    if (table.out.find('\n') + 1 != table.out.size()) {
+      EXPECT_EQ(records.out, table.out) << options;
+    }
     return table.out;
   }
 
@@ -60,6 +64,11 @@ TEST_F(Filter, PicksByConditionsAndPatterns) {
 TEST_F(Filter, ComputesFieldsInOrder) {
   EXPECT_EQ(kept("-set 'double = 2 * mass; more = double + half_life' -where 'double > 20' -keep name,double,more"),
             "name,double,more\nC-14,28,180000000028\nF-18,36,6622\nCl-36,72,9500000000072\n");
+  // A condition sees the fields as they are after the last formula that it uses, and before those that follow.
+  EXPECT_EQ(kept("-set 'a = 2 * mass; b = a; a = 3 * mass; mass = 0' -where 'a == 42' -keep a,b,mass"),
+            "mass,a,b\n0,42,28\n");
+  EXPECT_EQ(kept("-set 'late = 1 / half_life; twice = 2 * late' -match 'twice=*e-11' -keep name,twice"),
+            "name,twice\nC-14,1.1111111111111111e-11\n");
   EXPECT_EQ(kept("-set 'mass = half_life / 2' -drop spin,stable,half_life -limit 2"), "name,mass\nH-1,\nC-14,9e+10\n");
   const Outcome meta =
       run("qzfilter -outformat json -set 'd = 2 * mass' -meta d:Units.Mass.Da -keep d -limit 1 n.csv -");
@@ -85,6 +94,39 @@ TEST_F(Filter, PassesUntouchedBytesOn) {
   EXPECT_EQ(some, all.substr(all.size() - some.size()));
 }
 
+// A record with a child, and with a section of a later version behind the known ones.
+TEST_F(Filter, PassesOnWhatItDoesNotKnow) {
+  QZRecord child;
+  child.SetValue(QZField<long>("k"), 5000000000L);
+  QZRecord record;
+  const QZField<double> mass("mass");
+  record.SetValue(mass, 12.5);
+  record.AddChildRecord(mass, "a", child);
+  const std::vector<unsigned char> plain = record.ToBytes();
+  std::string name;
+  QZReadBuffer in(plain);
+  QZReadBuffer content;
+  ASSERT_TRUE(in.Unwrap(name, content));
+  std::vector<unsigned char> sections(content.Position(), content.Position() + content.Remaining());
+  QZWriteBuffer later("later");
+  later.WriteString("something new");
+  later.CopyWrapped(sections);
+  QZWriteBuffer whole(name);
+  whole.Append(sections);
+  std::vector<unsigned char> bytes;
+  whole.CopyWrapped(bytes);
+  const std::string file(bytes.begin(), bytes.end());
+  write("a.qzr", file + file);
+  EXPECT_EQ(run("qzfilter -where 'mass > 1' -match 'mass=12*' a.qzr b.qzr").messages, "");
+  EXPECT_EQ(read("b.qzr"), file + file);
+  EXPECT_EQ(run("qzfilter -set 'twice = 2 * mass' a.qzr c.qzr && qzfilter -drop twice c.qzr d.qzr").messages, "");
+  EXPECT_EQ(read("d.qzr"), file + file);
+  EXPECT_EQ(run("qzconvert -outformat csv a.qzr -").messages,
+            "standard output: the format can't hold 2 child records, 2 unknown sections\n");
+  EXPECT_EQ(run("qzconvert -outformat json a.qzr -").messages,
+            "standard output: the format can't hold 2 unknown sections\n");
+}
+
 TEST_F(Filter, ExplainsWhatItCannotDo) {
   const struct {
     const char* options;
@@ -92,6 +134,9 @@ TEST_F(Filter, ExplainsWhatItCannotDo) {
   } cases[] = {
       {"-where 'mas > 1'", "Fatal: -where: the table has no column mas; did you mean mass?\n"},
       {"-where 'spin > 1'", "Fatal: -where: the field spin is no number; -match looks at texts\n"},
+      {"-where 'mass = 1'", "Fatal: -where: 'mass = 1': a single = compares nothing; use ==\n"},
+      {"-where 'mass > 1, stable'",
+       "Fatal: -where: 'mass > 1, stable' is several formulas; use && or || between conditions\n"},
       {"-match 'name=*a*b*'", "Fatal: -match: the pattern '*a*b*' has more than two *\n"},
       {"-match name", "Fatal: -match: 'name' isn't a name, = and a text\n"},
       {"-set '= 2'", "Fatal: -set: '= 2' isn't a name, = and a text\n"},
@@ -103,6 +148,8 @@ TEST_F(Filter, ExplainsWhatItCannotDo) {
   EXPECT_EQ(broken.rfind("Fatal: -where: 'mass >': ", 0), 0U) << broken;
   const Outcome unmet = run("qzconvert n.csv n.qzr && qzfilter -where 'nosuch > 1' n.qzr o.csv");
   EXPECT_EQ(unmet.messages, "n.qzr: no record has the field nosuch\n");
+  EXPECT_EQ(run("qzfilter -match 'mass=1*' -drop nosuch,spin n.qzr o.csv").messages,
+            "n.qzr: no record that was kept or matched has the field nosuch\n");
 }
 
 TEST_F(Filter, ToldToBeQuietIs) {

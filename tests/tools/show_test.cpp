@@ -23,7 +23,7 @@ TEST_F(Show, AlignsTheFirstRows) {
 TEST_F(Show, FitsTheTerminal) {
   write("w.csv", "a,b,c\n" + std::string(50, 'x') + "," + std::string(50, 'y') + ",1\n");
   EXPECT_EQ(run("COLUMNS=30 qzshow w.csv").out, "a             b              c\nxxxxxxxxxxx…  yyyyyyyyyyyy…  1\n");
-  EXPECT_EQ(run("COLUMNS=19 qzshow w.csv").out, "a         b\nxxxxxxx…  yyyyyyy…\nand 1 more column: c\n");
+  EXPECT_EQ(run("COLUMNS=19 qzshow w.csv").out, "a         b\nxxxxxxx…  yyyyyyy…\nand 1 more column:\n  c\n");
 }
 
 TEST_F(Show, TellsTheFields) {
@@ -44,6 +44,22 @@ TEST_F(Show, TellsTheStatistics) {
             "name      3      0         3  C-14 (1), H-1 (1), Å (1)\n"
             "spin      2      1         2  1/2+ (1), a\\nb (1)\n"
             "3 records\n");
+}
+
+TEST_F(Show, TakesRecordsThatDisagreeAboutAType) {
+  write("a.jsonl",
+        "{\"version\":[1,0],\"fields\":[{\"name\":\"x\",\"type\":\"Int\",\"idx\":1,\"value\":1}]}\n"
+        "{\"version\":[1,0],\"fields\":[{\"name\":\"x\",\"type\":\"String\",\"idx\":1,\"value\":\"one\"}]}\n");
+  EXPECT_EQ(run("qzshow -schema a.jsonl").out,
+            "name  type            values  nulls  missing  metadata\n"
+            "x     Int and others       2      0        0\n"
+            "2 records\n");
+  EXPECT_EQ(run("qzshow -stats a.jsonl").out,
+            "number  count  nulls  least  mean  greatest  deviation  histogram\n"
+            "x           1      0      1     1         1          0  █\n"
+            "text  count  nulls  distinct  most frequent\n"
+            "x         1      0         1  one (1)\n"
+            "2 records\n");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tools/common/csv.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "tools/common/toolerror.h"
@@ -35,8 +36,13 @@ bool CsvReader::appendLine() {
   return true;
 }
 
+std::string CsvReader::Place() const {
+  const std::string place = "line " + std::to_string(rowLine);
+  return rows < 2 ? place : place + " (record " + std::to_string(rows - 1) + ")";
+}
+
 void CsvReader::fail(const char* what) const {
-  throw ToolError("line " + std::to_string(rowLine) + ", column " + std::to_string(spans.size() + 1) + ": " + what);
+  throw ToolError(Place() + ", column " + std::to_string(spans.size() + 1) + ": " + what);
 }
 
 bool CsvReader::Next(std::vector<CsvCell>& row) {
@@ -45,6 +51,7 @@ bool CsvReader::Next(std::vector<CsvCell>& row) {
   do {
     if (!readLine()) return false;
   } while (!keepBlankLines && (line.empty() || line == "\r"));
+  ++rows;
 
   // A row has one cell more than it has delimiters, so the loop ends behind a cell that no delimiter follows.
   std::size_t begin = 0;
@@ -103,8 +110,10 @@ void CsvWriter::Plain(std::string_view text) {
 }
 
 void CsvWriter::Cell(std::string_view text) {
-  const char special[] = {delimiter, quote, '\r', '\n'};
-  if (!text.empty() && text.find_first_of({special, sizeof special}) == std::string_view::npos) {
+  const auto isSpecial = [this](char byte) {
+    return byte == delimiter || byte == quote || byte == '\r' || byte == '\n';
+  };
+  if (!text.empty() && std::none_of(text.begin(), text.end(), isSpecial)) {
     Plain(text);
     return;
   }

@@ -31,7 +31,8 @@ class CsvReader {
   /// Delivers the next row; false at the end of the stream. The cells are views into the reader, good until the next
   /// call. Blank lines are passed over unless KeepBlankLines was asked for.
   ///
-  /// Throws ToolError, with line and column number, for a quote that never closes and for text behind a closing quote.
+  /// Throws ToolError, with line, record and column number, for a quote that never closes and for text behind a closing
+  /// quote.
   bool Next(std::vector<CsvCell>& row);
 
   /// In a table of one column a blank line is a row with an empty cell.
@@ -39,6 +40,9 @@ class CsvReader {
 
   /// The line on which the last row began, from 1.
   unsigned long Line() const { return rowLine; }
+
+  /// Where the last row stands: "line 1", and for a row below the header line "line 12 (record 11)".
+  std::string Place() const;
 
  private:
   struct Span {
@@ -62,6 +66,7 @@ class CsvReader {
   std::vector<Span> spans;
   unsigned long rowLine = 0;
   unsigned long lastLine = 0;
+  unsigned long rows = 0;
 };
 
 /// Writes rows of delimited text (RFC 4180), each closed by LF.

@@ -1,68 +1,85 @@
 #include "tools/common/display.h"
 
-#include <optional>
-#include <vector>
-
-#include "tools/common/csv.h"
+#include <charconv>
 
 namespace QZTools {
 
 using namespace QZSystem;
 using namespace QZDataFlow;
 
-namespace {
-
-template <class T>
-std::string scalarText(const QZRecord& record, const QZFieldBase& field) {
-  return QZFieldType<T>::Format(record.GetValue(QZField<T>(field.GetName())));
+template <class Type, class Value>
+std::optional<std::string_view> ValueText::format() {
+  Value value{};
+  if (!Type::FromBytes(value, bytes)) return std::nullopt;
+  text = Type::Format(value);
+  return text;
 }
 
-template <class T>
-std::string listText(const QZRecord& record, const QZFieldBase& field) {
-  return QZVectorFieldType<T>::Format(record.GetValue(QZVectorField<T>(field.GetName())));
+std::optional<std::string_view> ValueText::wholeNumber() {
+  long value = 0;
+  if (!QZFieldType<long>::FromBytes(value, bytes)) return std::nullopt;
+  return std::string_view(room, static_cast<std::size_t>(std::to_chars(room, room + sizeof room, value).ptr - room));
 }
 
-std::string valueText(const QZRecord& record, const QZFieldBase& field) {
+std::optional<std::string_view> ValueText::number() {
+  double value = 0;
+  if (!QZFieldType<double>::FromBytes(value, bytes)) return std::nullopt;
+  return QZPrintShortest(value, room);
+}
+
+std::optional<std::string_view> ValueText::truth() {
+  bool value = false;
+  if (!QZFieldType<bool>::FromBytes(value, bytes)) return std::nullopt;
+  return value ? "true" : "false";
+}
+
+std::optional<std::string_view> ValueText::blob() {
+  text = QZBase85Encode(bytes);
+  return text;
+}
+
+std::optional<std::string_view> ValueText::Of(const QZRecord& record, const QZFieldBase& field) {
   using Blob = std::vector<unsigned char>;
-  const std::string& name = field.GetName();
+  bytes.clear();
+  if (!record.GetBytes(bytes, field)) return std::nullopt;
   switch (QZGetFieldKind(field.GetType())) {
     case QZFieldKind::Int:
-      return QZNumberToString(record.GetValue(QZField<long>(name)));
+      return wholeNumber();
     case QZFieldKind::Float:
-      return NumberText(record.GetValue(QZField<double>(name)));
+      return number();
     case QZFieldKind::Bool:
-      return QZNumberToString(record.GetValue(QZField<bool>(name)));
+      return truth();
     case QZFieldKind::String:
-      return record.GetValue(QZField<std::string>(name));
+      text.assign(bytes.begin(), bytes.end());
+      return text;
     case QZFieldKind::Blob:
-      return QZBase85Encode(record.GetValue(QZField<Blob>(name)));
+      return blob();
     case QZFieldKind::Range:
-      return scalarText<QZRange>(record, field);
+      return format<QZFieldType<QZRange>, QZRange>();
     case QZFieldKind::JSONObject:
-      return scalarText<QZJSONObject>(record, field);
+      return format<QZFieldType<QZJSONObject>, QZJSONObject>();
     case QZFieldKind::Link:
-      return scalarText<QZLinkObject>(record, field);
+      return format<QZFieldType<QZLinkObject>, QZLinkObject>();
     case QZFieldKind::Record:
-      return scalarText<QZRecord>(record, field);
+      return format<QZFieldType<QZRecord>, QZRecord>();
     case QZFieldKind::IntVec:
-      return listText<long>(record, field);
+      return format<QZVectorFieldType<long>, std::vector<std::optional<long>>>();
     case QZFieldKind::FloatVec:
-      return listText<double>(record, field);
+      return format<QZVectorFieldType<double>, std::vector<std::optional<double>>>();
     case QZFieldKind::StringVec:
-      return listText<std::string>(record, field);
+      return format<QZVectorFieldType<std::string>, std::vector<std::optional<std::string>>>();
     case QZFieldKind::BoolVec:
-      return listText<bool>(record, field);
+      return format<QZVectorFieldType<bool>, std::vector<std::optional<bool>>>();
     case QZFieldKind::BlobVec:
-      return listText<Blob>(record, field);
+      return format<QZVectorFieldType<Blob>, std::vector<std::optional<Blob>>>();
     case QZFieldKind::RecordVec:
-      return listText<QZRecord>(record, field);
+      return format<QZVectorFieldType<QZRecord>, std::vector<std::optional<QZRecord>>>();
     case QZFieldKind::Other:
       break;
   }
-  return "<" + field.GetTypeName() + " of length " + QZNumberToString(record.GetBytes(field).size()) + ">";
+  text = "<" + field.GetTypeName() + " of length " + QZNumberToString(bytes.size()) + ">";
+  return text;
 }
-
-}  // namespace
 
 std::string NumberText(double value) {
   char room[QZShortestRoom];
@@ -70,11 +87,21 @@ std::string NumberText(double value) {
 }
 
 std::string DisplayText(const QZRecord& record, const QZFieldBase& field) {
-  return record.HasValue(field) && !record.IsNA(field) ? valueText(record, field) : std::string();
+  ValueText texts;
+  return std::string(texts.Of(record, field).value_or(std::string_view()));
 }
 
-void WriteCell(const QZRecord& record, const QZFieldBase& field, CsvWriter& writer) {
-  writer.Cell(valueText(record, field));
+std::optional<double> NumberOf(const QZRecord& record, const QZFieldBase& field, std::vector<unsigned char>& room) {
+  room.clear();
+  if (!record.GetBytes(room, field)) return std::nullopt;
+  const QZFieldKind kind = QZGetFieldKind(field.GetType());
+  long whole = 0;
+  double number = 0;
+  bool truth = false;
+  if (kind == QZFieldKind::Int && QZFieldType<long>::FromBytes(whole, room)) return static_cast<double>(whole);
+  if (kind == QZFieldKind::Float && QZFieldType<double>::FromBytes(number, room)) return number;
+  if (kind == QZFieldKind::Bool && QZFieldType<bool>::FromBytes(truth, room)) return truth ? 1.0 : 0.0;
+  return std::nullopt;
 }
 
 }  // namespace QZTools

@@ -14,7 +14,20 @@ using namespace QZDataFlow;
 namespace {
 
 [[noreturn]] void fail(const std::string& option, const std::string& text, const mu::Parser::exception_type& error) {
-  throw ToolError(option + ": '" + text + "': " + error.GetMsg());
+  const bool hasText = text.find('"') != std::string::npos;
+  throw ToolError(option + ": '" + text + "': " + error.GetMsg() + (hasText ? " -match looks at texts" : ""));
+}
+
+// An = that is no part of ==, !=, <= or >=: the parser would assign to the field and go on with the value.
+bool assigns(const std::string& text) {
+  for (std::size_t i = text.find('='); i != std::string::npos; i = text.find('=', i + 1)) {
+    if (i + 1 < text.size() && text[i + 1] == '=') {
+      ++i;
+    } else if (i == 0 || std::string("!<>").find(text[i - 1]) == std::string::npos) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -35,24 +48,40 @@ struct Expression::Operand {
     }
   }
 
+  const QZFieldBase& field(int type) const {
+    switch (type) {
+      case 0:
+        return asFloat;
+      case 1:
+        return asInt;
+      default:
+        return asBool;
+    }
+  }
+
   // False for null and for no such field.
   bool Load(const QZRecord& record, const std::string& option) {
-    for (int i = 0; i < 3; ++i) {
-      const int type = (lastType + i) % 3;
-      const std::optional<double> found = read(record, type);
-      if (!found) continue;
-      lastType = type;
-      value = *found;
+    if (load(record)) return true;
+    for (int type = 0; type < types; ++type) {
+      const int state = record.CheckField(field(type));
+      if (state == QZRecord::NoField) return false;
+      if (state == QZRecord::OtherType) continue;
       met = true;
-      return true;
+      lastType = type;
+      return load(record);
     }
-    const bool hasNumber = record.HasField(asFloat) || record.HasField(asInt) || record.HasField(asBool);
-    met = met || hasNumber;
-    if (!hasNumber && record.CheckField(asFloat) == QZRecord::OtherType) {
-      throw ToolError(option + ": the field " + name + " is no number; -match looks at texts");
-    }
-    return false;
+    throw ToolError(option + ": the field " + name + " is no number; -match looks at texts");
   }
+
+  bool load(const QZRecord& record) {
+    const std::optional<double> found = read(record, lastType);
+    if (!found) return false;
+    met = true;
+    value = *found;
+    return true;
+  }
+
+  static constexpr int types = 3;
 
   std::string name;
   QZField<double> asFloat;
@@ -65,12 +94,15 @@ struct Expression::Operand {
 
 Expression::Expression(const std::string& optionName, const std::string& text)
     : option(optionName), parser(std::make_unique<mu::Parser>()) {
+  if (assigns(text)) throw ToolError(option + ": '" + text + "': a single = compares nothing; use ==");
   try {
     parser->SetExpr(text);
     // The names are known only now: every one of them is a field.
     for (const auto& [name, place] : parser->GetUsedVar()) operands.emplace_back(name);
     for (Operand& operand : operands) parser->DefineVar(operand.name, &operand.value);
     parser->Eval();
+    if (parser->GetNumResults() != 1)
+      throw ToolError(option + ": '" + text + "' is several formulas; use && or || between conditions");
   } catch (const mu::Parser::exception_type& error) {
     fail(option, text, error);
   }

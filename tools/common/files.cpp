@@ -1,5 +1,7 @@
 #include "tools/common/files.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 
@@ -27,7 +29,11 @@ Input::Input(const std::string& path, const std::string& progress, const std::st
     : name(path == standardName ? "standard input" : path) {
   auto opened = std::make_unique<qzifstream>();
   file = opened.get();
-  file->open(path == standardName ? "/dev/stdin" : path.c_str());
+  if (path == standardName) {
+    file->attach(STDIN_FILENO, false);
+  } else {
+    file->open(path.c_str());
+  }
   if (file->failed()) throw ToolError("Cannot open " + name + ": " + std::strerror(file->error()));
   if (file->size() == noSize || progress == "none") {
     stream = std::move(opened);

@@ -59,7 +59,7 @@ std::map<std::string, QZFieldMeta> ParseMeta(const std::string& text) {
     if (QZStringStripWhiteSpace(item).empty()) continue;
     const std::size_t colon = item.find(':');
     const std::string column = QZStringStripWhiteSpace(item.substr(0, colon));
-    if (colon == std::string::npos || column.empty()) {
+    if (colon == std::string::npos || column.empty() || QZStringStripWhiteSpace(item.substr(colon + 1)).empty()) {
       throw ToolError("-meta: '" + QZStringStripWhiteSpace(item) +
                       "' isn't a column, a colon and the name of metadata");
     }

@@ -1,7 +1,6 @@
 #include "tools/common/recordfile.h"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
 
 #include "tools/common/streamfile.h"
@@ -35,20 +34,10 @@ constexpr unsigned int sourceId = 0x01000001;
 
 char delimiterOf(Format format) { return format == Format::Tsv ? '\t' : ','; }
 
-// The sections of a record's bytes that this version doesn't know.
-unsigned long countUnknownSections(const QZRecord& record) {
-  static constexpr std::string_view known[] = {"version", "fields", "meta", "data", "children"};
-  const std::vector<unsigned char> bytes = record.ToBytes();
-  QZReadBuffer buffer(bytes);
-  QZReadBuffer content;
-  std::string name;
-  if (!buffer.Unwrap(name, content)) return 0;
-  unsigned long count = 0;
-  QZReadBuffer section;
-  while (content.IsValid() && content.Unwrap(name, section)) {
-    if (std::find(std::begin(known), std::end(known), name) == std::end(known)) ++count;
-  }
-  return count;
+// Of a record inside a field, and of a type that isn't known here, a cell has no more than a mark.
+bool fitsCell(const QZFieldBase& field) {
+  const QZFieldKind kind = QZGetFieldKind(field.GetType());
+  return kind != QZFieldKind::Record && kind != QZFieldKind::RecordVec && kind != QZFieldKind::Other;
 }
 
 bool hasMeta(const QZMeta& meta) { return !meta.GetOptions().empty() || !meta.GetAttributes(0).empty(); }
@@ -71,25 +60,67 @@ Format FormatOf(const std::string& path, const std::string& word, const std::str
   throw ToolError(path + ": the name doesn't tell the format; give " + option + " csv, tsv, json or binary");
 }
 
-void Dropped::CountTable(const QZRecord& record, const std::vector<QZFieldBase>& columns) {
-  std::set<std::string_view> kept;
-  for (const QZFieldBase& column : columns) kept.insert(column.GetName());
-  for (const QZFieldBase& field : record.GetFields()) {
-    if (kept.count(field.GetName()) == 0) ++fields;
-    if (hasMeta(field.PeekMeta())) ++fieldMeta;
-    childRecords += record.GetChildRecords(field).size();
+void Dropped::CountTable(const QZRecord& record, const FieldWatch& watch, const std::vector<QZFieldBase>& columns) {
+  if (watch.Changed()) {
+    description = {};
+    description.recordMeta = hasMeta(record.GetRecordMeta()) ? 1 : 0;
+    description.fields = watch.Fields().size();
+    for (const QZFieldBase& column : columns) {
+      const std::string name = column.GetName();
+      const auto found = std::find_if(watch.Fields().begin(), watch.Fields().end(),
+                                      [&](const QZFieldBase& field) { return field.GetName() == name; });
+      if (found != watch.Fields().end() && fitsCell(*found)) --description.fields;
+    }
+    for (const QZFieldBase& field : watch.Fields()) {
+      if (hasMeta(field.PeekMeta())) ++description.fieldMeta;
+    }
   }
-  if (hasMeta(record.GetRecordMeta())) ++recordMeta;
-  unknownSections += countUnknownSections(record);
+  addDescription();
+  unknownSections += watch.UnknownSections();
+  if (!watch.HasChildren()) return;
+  for (const QZFieldBase& field : watch.Fields()) childRecords += record.GetChildRecords(field).size();
 }
 
-void Dropped::CountDocument(const QZRecord& record) {
-  const QZRecordMeta meta = record.GetRecordMeta();
-  const auto attributes = meta.GetAttributes(0);
-  const bool more =
-      std::any_of(attributes.begin(), attributes.end(), [](const auto& a) { return a.first != sourceId; });
-  if (more || !meta.GetOptions().empty()) ++recordMeta;
-  unknownSections += countUnknownSections(record);
+void Dropped::CountDocument(const QZRecord& record, const FieldWatch& watch) {
+  if (watch.Changed()) {
+    const QZRecordMeta meta = record.GetRecordMeta();
+    const auto attributes = meta.GetAttributes(0);
+    const bool more =
+        std::any_of(attributes.begin(), attributes.end(), [](const auto& a) { return a.first != sourceId; });
+    description = {};
+    description.recordMeta = more || !meta.GetOptions().empty() ? 1 : 0;
+  }
+  addDescription();
+  unknownSections += watch.UnknownSections();
+  for (const QZFieldBase& field : watch.Fields()) countInside(record, field, watch.HasChildren());
+}
+
+void Dropped::addDescription() {
+  recordMeta += description.recordMeta;
+  fieldMeta += description.fieldMeta;
+  fields += description.fields;
+}
+
+// Documents have the records inside a field, its value and its children, with the same gaps.
+void Dropped::countInside(const QZRecord& record, const QZFieldBase& field, bool hasChildren) {
+  const QZFieldKind kind = QZGetFieldKind(field.GetType());
+  if (hasChildren) {
+    for (const auto& [key, child] : record.GetChildRecords(field)) countInner(child);
+  }
+  if (kind == QZFieldKind::Record) countInner(record.GetValue(QZField<QZRecord>(field.GetName())));
+  if (kind != QZFieldKind::RecordVec) return;
+  for (const auto& each : record.GetValue(QZVectorField<QZRecord>(field.GetName()))) {
+    if (each) countInner(*each);
+  }
+}
+
+void Dropped::countInner(const QZRecord& record) {
+  FieldWatch watch;
+  watch.See(record);
+  Dropped inner;
+  inner.CountDocument(record, watch);
+  recordMeta += inner.recordMeta;
+  unknownSections += inner.unknownSections;
 }
 
 bool Dropped::Any() const { return (recordMeta | fieldMeta | fields | childRecords | unknownSections) != 0; }

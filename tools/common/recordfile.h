@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qz/dataflow.h"
+#include "tools/common/fieldwatch.h"
 
 namespace QZTools {
 
@@ -65,14 +66,29 @@ struct Dropped {
   unsigned long childRecords = 0;
   unsigned long unknownSections = 0;
 
-  /// Counts what a table of these columns leaves out of a record.
-  void CountTable(const QZDataFlow::QZRecord& record, const std::vector<QZDataFlow::QZFieldBase>& columns);
-  /// Counts what a JSON document leaves out of a record.
-  void CountDocument(const QZDataFlow::QZRecord& record);
+  /// Counts what a table of these columns leaves out of the record that `watch` saw last.
+  void CountTable(const QZDataFlow::QZRecord& record, const FieldWatch& watch,
+                  const std::vector<QZDataFlow::QZFieldBase>& columns);
+  /// Counts what a JSON document leaves out of the record that `watch` saw last, and of the records inside it.
+  void CountDocument(const QZDataFlow::QZRecord& record, const FieldWatch& watch);
 
   bool Any() const;
   /// "3 child records, 1 unknown section"
   std::string Text() const;
+
+ private:
+  // What is counted alike for all records of the same fields and metadata.
+  struct Description {
+    unsigned long recordMeta = 0;
+    unsigned long fieldMeta = 0;
+    unsigned long fields = 0;
+  };
+
+  void addDescription();
+  void countInside(const QZDataFlow::QZRecord& record, const QZDataFlow::QZFieldBase& field, bool hasChildren);
+  void countInner(const QZDataFlow::QZRecord& record);
+
+  Description description;
 };
 
 /// Takes records in any format. A file appears under its name only when Finish has been called; otherwise nothing is

@@ -77,11 +77,31 @@ constexpr const char* outputText = R"(
 !END
 )";
 
+// A mistyped option stands where a file is expected.
+void refuseOption(const QZInterface& settings, const std::string& path) {
+  if (path.size() < 2 || path.front() != '-') return;
+  std::vector<std::string> names;
+  for (const QZParameter& each : QZIter(settings.GetParameters())) names.push_back(each.GetName());
+  const std::vector<std::string> near = NearWords(path, names);
+  throw ToolError(path + " is neither an option nor a file" +
+                  (near.empty() ? "; see --help all" : "; did you mean " + QZStringJoin(near, " or ") + "?"));
+}
+
 bool isTable(Format format) { return format == Format::Csv || format == Format::Tsv; }
 
 }  // namespace
 
 std::string InputConfiguration() { return inputText; }
+
+std::string InputName(const QZInterface& settings) {
+  const std::string path = TextSetting(settings, "-in");
+  return path == "-" ? "standard input" : path;
+}
+
+std::string OutputName(const QZInterface& settings) {
+  const std::string path = TextSetting(settings, "-out");
+  return path == "-" ? "standard output" : path;
+}
 
 std::string OutputConfiguration(bool required) {
   std::string text = outputText;
@@ -91,6 +111,7 @@ std::string OutputConfiguration(bool required) {
 
 std::unique_ptr<RecordSource> OpenInput(const QZInterface& settings, const MetaByName& meta, const std::string& task) {
   const std::string path = TextSetting(settings, "-in");
+  refuseOption(settings, path);
   const Format format = FormatOf(path, TextSetting(settings, "-informat"), "-informat");
   TableOptions options;
   options.inferRows = CountSetting(settings, "-infer");
@@ -105,11 +126,12 @@ std::unique_ptr<RecordSource> OpenInput(const QZInterface& settings, const MetaB
 std::unique_ptr<RecordSink> CreateOutput(const QZInterface& settings, const std::vector<QZFieldBase>& columns,
                                          bool carriesMore) {
   const std::string path = TextSetting(settings, "-out");
+  refuseOption(settings, path);
   return CreateRecords(path, FormatOf(path, TextSetting(settings, "-outformat"), "-outformat"), columns, carriesMore);
 }
 
 void FinishOutput(const QZInterface& settings, RecordSink& sink) {
-  ReportLosses(sink, TextSetting(settings, "-out"), FlagSetting(settings, "-strict"));
+  ReportLosses(sink, OutputName(settings), FlagSetting(settings, "-strict"));
   sink.Finish();
 }
 

@@ -21,6 +21,10 @@ using MetaByName = std::map<std::string, QZDataFlow::QZFieldMeta>;
 std::unique_ptr<RecordSource> OpenInput(const QZSystem::QZInterface& settings, const MetaByName& meta,
                                         const std::string& task);
 
+/// The names of -in and -out for messages: the path, or "standard input" and "standard output".
+std::string InputName(const QZSystem::QZInterface& settings);
+std::string OutputName(const QZSystem::QZInterface& settings);
+
 /// Creates what -out and its companions say.
 std::unique_ptr<RecordSink> CreateOutput(const QZSystem::QZInterface& settings,
                                          const std::vector<QZDataFlow::QZFieldBase>& columns, bool carriesMore);

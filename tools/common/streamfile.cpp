@@ -71,7 +71,9 @@ void StreamSink::Put(const QZRecord& record) {
   if (!written) {
     throw ToolError(output.Name() + ": record " + QZNumberToString(records) + " can't be written: " + TakeWarning());
   }
-  if (counts) losses.CountDocument(record);
+  if (!counts) return;
+  watch.See(record);
+  losses.CountDocument(record, watch);
 }
 
 }  // namespace QZTools

@@ -58,6 +58,7 @@ class StreamSink : public RecordSink {
   bool isJson;
   bool counts;
   unsigned long records = 0;
+  FieldWatch watch;
   Dropped losses;
 };
 

@@ -1,8 +1,8 @@
 #include "tools/common/tablefile.h"
 
 #include <algorithm>
+#include <unordered_set>
 
-#include "tools/common/display.h"
 #include "tools/common/tool.h"
 #include "tools/common/toolerror.h"
 
@@ -61,10 +61,13 @@ void TableSource::readHeader() {
     if (what.compare(0, input->Name().size(), input->Name()) == 0) throw;
     throw ToolError(input->Name() + ": " + what);
   }
+  std::unordered_set<std::string> known;
   for (const CsvCell& cell : row) {
     std::string name(cell.text);
     if (name.empty()) name = "column" + QZNumberToString(names.size() + 1);
-    if (std::find(names.begin(), names.end(), name) != names.end()) fail(1, ": column " + name + " occurs twice");
+    if (!known.insert(name).second) {
+      fail(reader.Line(), ": column " + name + " occurs twice; give each column a name of its own");
+    }
     names.push_back(name);
   }
   reader.KeepBlankLines(names.size() == 1);
@@ -92,8 +95,8 @@ bool TableSource::nextRow() {
   }
   line = reader.Line();
   if (row.size() != names.size()) {
-    fail(line, ": has " + QZNumberToString(row.size()) + (row.size() == 1 ? " cell" : " cells") +
-                   ", the header line has " + QZNumberToString(names.size()));
+    throw ToolError(input->Name() + ": " + reader.Place() + ": has " + QZNumberToString(row.size()) +
+                    (row.size() == 1 ? " cell" : " cells") + ", the header line has " + QZNumberToString(names.size()));
   }
   return true;
 }
@@ -146,13 +149,15 @@ void TableSource::setTypes(const std::string& list) {
 void TableSource::makeFields(const std::map<std::string, QZFieldMeta>& meta) {
   for (std::size_t i = 0; i < names.size(); ++i) fields.push_back(makeField(names[i], types[i]));
   for (const auto& [name, fieldMeta] : meta) fields[columnOf(name, "-meta")].SetMeta(fieldMeta);
+  QZRecord record;
+  for (const QZFieldBase& field : fields) record.SetBytes(field, std::nullopt);
+  record.ToBytes(nullRecord);
 }
 
 void TableSource::setCell(QZRecord& record, std::size_t column) {
   const CsvCell& cell = row[column];
   const bool isNull = cell.text.empty() && !(cell.quoted && types[column] == CellType::String);
   if (isNull) {
-    record.SetBytes(fields[column], std::nullopt);
     return;
   }
   if (!CellToBytes(cell.text, types[column], bytes)) {
@@ -167,7 +172,7 @@ void TableSource::setCell(QZRecord& record, std::size_t column) {
 bool TableSource::Next(QZRecord& record) {
   if (!nextRow()) return false;
   ++records;
-  record.Clear();
+  if (!record.FromBytes(nullRecord)) record.Clear();
   for (std::size_t i = 0; i < fields.size(); ++i) setCell(record, i);
   return true;
 }
@@ -176,34 +181,52 @@ std::string TableSource::Place() const {
   return input->Name() + ": line " + QZNumberToString(line) + " (record " + QZNumberToString(records) + ")";
 }
 
-TableSink::TableSink(const std::string& path, char delimiter, const std::vector<QZFieldBase>& columns, bool carriesMore)
-    : output(path), writer(output.Stream(), delimiter), fields(columns), counts(carriesMore) {
-  if (!fields.empty()) writeHeader();
+TableSink::TableSink(const std::string& path, char delimiter, const std::vector<QZFieldBase>& givenColumns,
+                     bool carriesMore)
+    : output(path),
+      writer(output.Stream(), delimiter),
+      columns(givenColumns),
+      fields(givenColumns),
+      counts(carriesMore) {
+  if (!columns.empty()) writeHeader();
 }
 
 void TableSink::writeHeader() {
   hasHeader = true;
-  for (const QZFieldBase& field : fields) writer.Cell(field.GetName());
+  for (const QZFieldBase& column : columns) writer.Cell(column.GetName());
   writer.EndRow();
 }
 
-void TableSink::writeCell(const QZRecord& record, const QZFieldBase& column) {
-  if (!record.HasValue(column) || record.IsNA(column)) {
-    writer.Null();
+// Finds the columns among the fields of a record that brings its own.
+void TableSink::takeFields(const QZRecord& record) {
+  if (!watch.See(record)) return;
+  if (!hasHeader) {
+    columns = watch.Fields();
+    writeHeader();
+  }
+  fields.clear();
+  for (const QZFieldBase& column : columns) {
+    const auto sameName = [&](const QZFieldBase& field) { return field.GetName() == column.GetName(); };
+    const auto found = std::find_if(watch.Fields().begin(), watch.Fields().end(), sameName);
+    fields.push_back(found == watch.Fields().end() ? QZFieldBase() : *found);
+  }
+}
+
+void TableSink::writeCell(const QZRecord& record, const QZFieldBase& field) {
+  const std::optional<std::string_view> text = field.IsValid() ? texts.Of(record, field) : std::nullopt;
+  if (text) {
+    writer.Cell(*text);
   } else {
-    WriteCell(record, column, writer);
+    writer.Null();
   }
 }
 
 void TableSink::Put(const QZRecord& record) {
-  if (!hasHeader) {
-    fields = record.GetFields();
-    writeHeader();
-  }
+  if (counts) takeFields(record);
   for (const QZFieldBase& field : fields) writeCell(record, field);
   writer.EndRow();
   output.Check();
-  if (counts) losses.CountTable(record, fields);
+  if (counts) losses.CountTable(record, watch, columns);
 }
 
 void TableSink::Finish() { output.Finish(); }

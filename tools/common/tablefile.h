@@ -7,6 +7,8 @@
 
 #include "tools/common/celltype.h"
 #include "tools/common/csv.h"
+#include "tools/common/display.h"
+#include "tools/common/fieldwatch.h"
 #include "tools/common/files.h"
 #include "tools/common/recordfile.h"
 
@@ -47,6 +49,8 @@ class TableSource : public RecordSource {
   std::vector<std::string> names;
   std::vector<CellType> types;
   std::vector<QZDataFlow::QZFieldBase> fields;
+  // The stored form of a record of which all fields are null: every record begins as it.
+  std::vector<unsigned char> nullRecord;
   std::deque<KeptRow> ahead;
   KeptRow current;
   std::vector<CsvCell> row;
@@ -55,10 +59,11 @@ class TableSource : public RecordSource {
   unsigned long records = 0;
 };
 
-/// Records as rows of a delimited table whose columns are given or those of the first record. One thread at a time.
+/// Records as rows of a delimited table whose columns are given or those of the first record. A column takes the value
+/// of the field of its name, whatever its type. One thread at a time.
 class TableSink : public RecordSink {
  public:
-  TableSink(const std::string& path, char delimiter, const std::vector<QZDataFlow::QZFieldBase>& columns,
+  TableSink(const std::string& path, char delimiter, const std::vector<QZDataFlow::QZFieldBase>& givenColumns,
             bool carriesMore);
 
   void Put(const QZDataFlow::QZRecord& record) override;
@@ -67,11 +72,16 @@ class TableSink : public RecordSink {
 
  private:
   void writeHeader();
-  void writeCell(const QZDataFlow::QZRecord& record, const QZDataFlow::QZFieldBase& column);
+  void takeFields(const QZDataFlow::QZRecord& record);
+  void writeCell(const QZDataFlow::QZRecord& record, const QZDataFlow::QZFieldBase& field);
 
   Output output;
   CsvWriter writer;
+  std::vector<QZDataFlow::QZFieldBase> columns;
+  // For each column the field of its name in the present record; an invalid one where there is none.
   std::vector<QZDataFlow::QZFieldBase> fields;
+  FieldWatch watch;
+  ValueText texts;
   bool hasHeader = false;
   bool counts;
   Dropped losses;

@@ -26,10 +26,8 @@ constexpr const char* sharedConfiguration = R"(
     !LEGAL_VALUE none
     !BRIEF How progress is shown
     !DETAIL
-      auto  a bar on a terminal, else a line every tenth of the work,
-            once a run lasts longer than two seconds
-      bar   the same from the start
-      none  nothing
+      auto: a bar on a terminal, else a line every tenth of the work, once a run lasts longer
+      than two seconds. bar: the same from the start. none: nothing.
   !END
   !PARAMETER -quiet 2
     !TYPE bool

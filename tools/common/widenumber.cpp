@@ -3,6 +3,8 @@
 #include <rapidjson/document.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -14,13 +16,19 @@ namespace {
 
 using Value = rapidjson::Value;
 
-// Only a run of ten digits can be such a number, and few lines have one.
+bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
+// Only ten digits in a row can be such a number, and not those of a fraction or before one. Few lines have them.
 bool hasLongDigits(const std::string& text) {
-  constexpr int longest = 10;
-  int run = 0;
-  for (char byte : text) {
-    run = byte >= '0' && byte <= '9' ? run + 1 : 0;
-    if (run == longest) return true;
+  constexpr std::ptrdiff_t longest = 10;
+  const char* const end = text.data() + text.size();
+  for (const char* at = text.data(); at < end; ++at) {
+    if (!isDigit(*at)) continue;
+    const char* const begin = at;
+    while (at < end && isDigit(*at)) ++at;
+    const bool isFraction = begin > text.data() && begin[-1] == '.';
+    const bool hasFraction = at < end && (*at == '.' || *at == 'e' || *at == 'E');
+    if (at - begin >= longest && !isFraction && !hasFraction) return true;
   }
   return false;
 }
