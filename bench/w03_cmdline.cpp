@@ -43,68 +43,68 @@ std::string text() {
   return all;
 }
 
+// The keys as a program writes them in its source.
+const std::vector<std::string>& keys() {
+  static const std::vector<std::string> all = [] {
+    std::vector<std::string> texts;
+    for (const inputs::Option& option : inputs::options()) texts.push_back("--" + option.name);
+    return texts;
+  }();
+  return all;
+}
+
+// Ten parameters of a kind and the variables that their values go to.
 template <class T>
 struct Bound {
-  QZTypedParameter<T>* parameter;
-  T* variable;
+  QZTypedParameter<T>* parameters[10];
+  T* variables;
+
+  void clear() {
+    for (QZTypedParameter<T>* parameter : parameters) parameter->ClearValues();
+  }
+  void get() {
+    for (int i = 0; i < 10; ++i) parameters[i]->GetSetting(variables[i]);
+  }
 };
-
-template <class T>
-void clear(const std::vector<Bound<T>>& bound) {
-  for (const Bound<T>& each : bound) each.parameter->ClearValues();
-}
-
-template <class T>
-void get(const std::vector<Bound<T>>& bound) {
-  for (const Bound<T>& each : bound) each.parameter->GetSetting(*each.variable);
-}
 
 struct UseOurs {
   QZInterface itf;
   Vars v;
-  std::vector<Bound<bool>> bools;
-  std::vector<Bound<int>> ints;
-  std::vector<Bound<double>> doubles;
-  std::vector<Bound<std::string>> strings;
+  Bound<bool> bools{{}, v.b};
+  Bound<int> ints{{}, v.i};
+  Bound<std::string> choices{{}, v.c};
+  Bound<double> doubles{{}, v.d};
+  Bound<std::string> strings{{}, v.s};
 
   explicit UseOurs(const std::string& definitions) : itf(definitions.c_str()) {
-    int k = 0;
-    for (const inputs::Option& option : inputs::options()) {
-      QZParameter* parameter = itf.GetParameter("--" + option.name);
-      const int i = k++ % 10;
-      switch (option.kind) {
-        case inputs::Kind::flag:
-          bools.push_back({QZTypedParameter<bool>::From(parameter), &v.b[i]});
-          break;
-        case inputs::Kind::integer:
-          ints.push_back({QZTypedParameter<int>::From(parameter), &v.i[i]});
-          break;
-        case inputs::Kind::choice:
-          strings.push_back({QZTypedParameter<std::string>::From(parameter), &v.c[i]});
-          break;
-        case inputs::Kind::real:
-          doubles.push_back({QZTypedParameter<double>::From(parameter), &v.d[i]});
-          break;
-        case inputs::Kind::text:
-          strings.push_back({QZTypedParameter<std::string>::From(parameter), &v.s[i]});
-          break;
-      }
-    }
+    bind(bools, 0);
+    bind(ints, 10);
+    bind(choices, 20);
+    bind(doubles, 30);
+    bind(strings, 40);
   }
 
-  void clearAll() {
-    clear(bools);
-    clear(ints);
-    clear(doubles);
-    clear(strings);
+  template <class T>
+  void bind(Bound<T>& bound, std::size_t first) {
+    for (std::size_t i = 0; i < 10; ++i)
+      bound.parameters[i] = QZTypedParameter<T>::From(itf.GetParameter(keys()[first + i].c_str()));
+  }
+
+  void clear() {
+    bools.clear();
+    ints.clear();
+    choices.clear();
+    doubles.clear();
+    strings.clear();
   }
 
   bool parse(int argc, char** argv) {
     if (!QZParseCommandLine(itf, argc, argv)) return false;
-    get(bools);
-    get(ints);
-    get(doubles);
-    get(strings);
+    bools.get();
+    ints.get();
+    choices.get();
+    doubles.get();
+    strings.get();
     return true;
   }
 };
@@ -134,7 +134,7 @@ void parse(benchmark::State& st) {
   Argv a;
   UseOurs ours(text());
   for (auto _ : st) {
-    ours.clearAll();
+    ours.clear();
     if (!ours.parse(a.argc(), a.pointers.data())) st.SkipWithError("refused");
     benchmark::DoNotOptimize(&ours);
   }

@@ -45,7 +45,7 @@ class CommandLine {
  public:
   CommandLine(const std::vector<QZParameter*>& parameters, const char* programVersion, int argCount, char** args,
               unsigned int errorLevel)
-      : keys(parameters), version(programVersion), argc(argCount), argv(args), level(errorLevel) {}
+      : keys(parameters), version(programVersion), arguments(args, args + argCount), level(errorLevel) {}
 
   bool Parse(const std::vector<QZParameter*>& keyless) {
     if (!TakeArguments() || !TakeWords(keyless) || !ReadParameterFiles()) return false;
@@ -55,8 +55,8 @@ class CommandLine {
 
  private:
   bool TakeArguments() {
-    for (at = 1; at < argc;) {
-      const std::string_view argument = argv[at++];
+    while (HasNext()) {
+      const std::string_view argument = arguments[at++];
       if (TakeUnset(argument)) continue;
       if (argument == kVersionArgument) PrintVersionAndExit(version);
       QZParameter* parameter = keys.Find(argument);
@@ -82,7 +82,7 @@ class CommandLine {
 
   /// Takes the values of a key, which is the argument before `at`.
   bool TakeKey(QZParameter& parameter) {
-    const char* key = argv[at - 1];
+    const char* key = arguments[at - 1].data();
     const bool isList = parameter.GetIsList();
     if (!isList && parameter.GetHasValue(0)) {
       QZThrow.Msg(level, kTwice, parameter.GetName().c_str());
@@ -97,7 +97,7 @@ class CommandLine {
       QZThrow.Msg(level, kNoValue, key);
       return false;
     }
-    const int first = at;
+    const std::size_t first = at;
     if (!TakeValue(parameter, key) || (isList && !TakeFurtherValues(parameter))) return false;
     if (!parameter.Load()) {
       QZThrow.Msg(level, kNotLoaded, key, Together(first, at).c_str());
@@ -118,7 +118,7 @@ class CommandLine {
   }
 
   bool TakeFurtherValues(QZParameter& parameter) {
-    for (; HasNext() && keys.Find(argv[at]) == nullptr; ++at) {
+    for (; HasNext() && keys.Find(arguments[at]) == nullptr; ++at) {
       const std::string& value = Next();
       if (!parameter.IsLegalString(value)) return true;
       if (parameter.AddStringValue(value)) continue;
@@ -195,23 +195,22 @@ class CommandLine {
     return true;
   }
 
-  bool HasNext() const { return at < argc; }
+  bool HasNext() const { return at < arguments.size(); }
 
   /// The next argument, which stays so. The text lives until the next call.
-  const std::string& Next() { return text.assign(argv[at]); }
+  const std::string& Next() { return text.assign(arguments[at]); }
 
-  std::string Together(int from, int to) const {
+  std::string Together(std::size_t from, std::size_t to) const {
     std::string all;
-    for (int i = from; i < to; ++i) all += argv[i];
+    for (std::size_t i = from; i < to; ++i) all += arguments[i];
     return all;
   }
 
   const KeyTable keys;
   const char* const version;
-  const int argc;
-  char** const argv;
+  const std::vector<std::string_view> arguments;  ///< each ends in a zero byte
   const unsigned int level;
-  int at = 1;
+  std::size_t at = 1;
   std::string text;
   std::vector<std::string> words;
   std::vector<QZParameter*> unset;

@@ -62,7 +62,12 @@ QZParameter* FirstWithKey(const QZInterface& itf, const Same& same) {
 }
 
 QZParameter* WithKey(const QZInterface& itf, const std::string& key) {
-  return FirstWithKey(itf, [&key](const std::string& each) { return each == key; });
+  // Asked of many for each that holds; the keys of a program often differ in their last letter alone.
+  const std::size_t size = key.size();
+  const std::size_t last = size > 0 ? size - 1 : 0;
+  return FirstWithKey(itf, [&](const std::string& each) {
+    return each.size() == size && each.data()[last] == key.data()[last] && each == key;
+  });
 }
 
 QZParameter* WithKeyInAnyCase(const QZInterface& itf, const std::string& key) {
@@ -237,10 +242,9 @@ const QZParameter* ParameterWithFullname(const QZInterface& itf, std::string nam
   return WithKeyInAnyCase(itf, name);
 }
 
-std::vector<QZParameter*> AllParameters(QZInterface& itf) {
+std::vector<QZParameter*> AllParameters(const QZInterface& itf) {
   std::vector<QZParameter*> all = Of(itf).parameters;
   FirstInterface(Of(itf), [&all](QZInterface& category) {
-    if (Of(category).parameters.empty()) return false;
     for (QZParameter& parameter : QZIter<QZParameter>(category.GetParameters(false))) all.push_back(&parameter);
     return false;
   });

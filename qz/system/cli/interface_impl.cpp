@@ -30,8 +30,8 @@ void Reserve(std::vector<T*>& owned) {
 }  // namespace
 
 QZInterfaceImpl::~QZInterfaceImpl() {
-  for (QZParameter* parameter : parameters) delete parameter;
-  for (QZInterface* category : interfaces) delete category;
+  for (const QZParameter* parameter : parameters) delete parameter;
+  for (const QZInterface* category : interfaces) delete category;
 }
 
 void QZInterfaceImpl::Copy(const QZInterfaceImpl& other, QZInterface& self) {

@@ -38,8 +38,8 @@ class QZInterfaceImpl {
   int orderPriority = 0;
 };
 
-/// The parameters of GetParameters(true), in that order.
-std::vector<QZParameter*> AllParameters(QZInterface& itf);
+/// The parameters of GetParameters(true), in that order; for walks that needn't give them away.
+std::vector<QZParameter*> AllParameters(const QZInterface& itf);
 
 /// QZConfigure for a constructor: false, after the Error that tells it, if the text doesn't configure.
 bool ConfigureNewInterface(QZInterface& itf, const unsigned char* text);

@@ -10,7 +10,9 @@ namespace QZSystem {
 
 namespace {
 
-constexpr std::size_t kLeastSlots = 16;
+constexpr std::size_t kLeastSlots = 64;
+/// Slots for each key; with few of them taken nearly every search ends where it starts.
+constexpr std::size_t kSlotsForKey = 3;
 
 /// Up to eight bytes as a number.
 std::uint64_t Bytes(const char* bytes, std::size_t count) {
@@ -25,7 +27,7 @@ std::uint64_t Bytes(const char* bytes, std::size_t count) {
 
 /// Eight bytes at a time, by multiplication. Setting the bit of lower case in every byte gives both cases of a letter
 /// the same hash; that it gives some other bytes the same, too, only costs a comparison.
-std::uint64_t HashOf(std::string_view key) {
+std::uint32_t HashOf(std::string_view key) {
   constexpr std::uint64_t kLowerCase = 0x2020202020202020U;
   constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
   std::uint64_t hash = key.size();
@@ -42,7 +44,7 @@ std::uint64_t HashOf(std::string_view key) {
   } else if (at < key.size()) {
     mix(Bytes(key.data() + key.size() - kStep, kStep));
   }
-  return hash;
+  return static_cast<std::uint32_t>(hash);
 }
 
 bool IsSame(std::string_view a, std::string_view b) { return a == b || QZStringEquals(std::string(a), std::string(b)); }
@@ -50,9 +52,8 @@ bool IsSame(std::string_view a, std::string_view b) { return a == b || QZStringE
 }  // namespace
 
 KeyTable::KeyTable(const std::vector<QZParameter*>& parameters) {
-  std::size_t size = kLeastSlots;
-  while (size < 2 * parameters.size()) size *= 2;
-  slots.resize(size);
+  entries.reserve(parameters.size());
+  Resize(kSlotsForKey * parameters.size());
   for (QZParameter* parameter : parameters)
     parameter->AnyKey([&](const std::string& key) {
       Add(key, *parameter);
@@ -60,29 +61,34 @@ KeyTable::KeyTable(const std::vector<QZParameter*>& parameters) {
     });
 }
 
-QZParameter* KeyTable::Find(std::string_view key) const { return slots[Place(key, HashOf(key))].parameter; }
-
-void KeyTable::Add(std::string_view key, QZParameter& parameter) {
-  if (used == slots.size() / 2) Grow();
-  const std::uint64_t hash = HashOf(key);
-  Slot& slot = slots[Place(key, hash)];
-  if (slot.parameter != nullptr) return;
-  slot = {&parameter, hash, key};
-  ++used;
+QZParameter* KeyTable::Find(std::string_view key) const {
+  const std::uint32_t entry = slots[Place(key, HashOf(key))].entry;
+  return entry != 0 ? entries[entry - 1].parameter : nullptr;
 }
 
-void KeyTable::Grow() {
-  std::vector<Slot> before(2 * slots.size());
+void KeyTable::Add(std::string_view key, QZParameter& parameter) {
+  if (entries.size() >= slots.size() / 2) Resize(2 * slots.size());
+  const std::uint32_t hash = HashOf(key);
+  Slot& slot = slots[Place(key, hash)];
+  if (slot.entry != 0) return;
+  entries.push_back({key, &parameter});
+  slot = {hash, static_cast<std::uint32_t>(entries.size())};
+}
+
+void KeyTable::Resize(std::size_t least) {
+  std::size_t size = kLeastSlots;
+  while (size < least) size *= 2;
+  std::vector<Slot> before(size);
   before.swap(slots);
   for (const Slot& slot : before)
-    if (slot.parameter != nullptr) slots[Place(slot.key, slot.hash)] = slot;
+    if (slot.entry != 0) slots[Place(entries[slot.entry - 1].key, slot.hash)] = slot;
 }
 
 /// The slot that has the key, or the free one where it belongs.
-std::size_t KeyTable::Place(std::string_view key, std::uint64_t hash) const {
+std::size_t KeyTable::Place(std::string_view key, std::uint32_t hash) const {
   const std::size_t mask = slots.size() - 1;
   std::size_t at = hash & mask;
-  while (slots[at].parameter != nullptr && (slots[at].hash != hash || !IsSame(slots[at].key, key)))
+  while (slots[at].entry != 0 && (slots[at].hash != hash || !IsSame(entries[slots[at].entry - 1].key, key)))
     at = (at + 1) & mask;
   return at;
 }

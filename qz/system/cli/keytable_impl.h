@@ -20,18 +20,21 @@ class KeyTable {
   QZParameter* Find(std::string_view key) const;
 
  private:
-  struct Slot {
-    QZParameter* parameter = nullptr;
-    std::uint64_t hash = 0;
+  struct Entry {
     std::string_view key;  ///< of the parameter
+    QZParameter* parameter;
+  };
+  struct Slot {
+    std::uint32_t hash = 0;
+    std::uint32_t entry = 0;  ///< index plus 1; 0 if the slot is free
   };
 
   void Add(std::string_view key, QZParameter& parameter);
-  void Grow();
-  std::size_t Place(std::string_view key, std::uint64_t hash) const;
+  void Resize(std::size_t least);
+  std::size_t Place(std::string_view key, std::uint32_t hash) const;
 
+  std::vector<Entry> entries;
   std::vector<Slot> slots;  ///< open addressing; the size is a power of 2
-  std::size_t used = 0;
 };
 
 }  // namespace QZSystem

@@ -13,10 +13,11 @@ using RangeIter = QZSTLIter<ConstIterGuts<std::vector<QZParameter::Range>>>;
 
 // The word of a text that has exactly one, into `word`; false, with `word` unchanged, for any other.
 bool takeWord(const std::string& text, std::string& word) {
-  std::vector<std::string> words;
-  QZStringTokenize(words, text, " \t\n", true);
-  if (words.size() != 1) return false;
-  word = std::move(words.front());
+  const auto isWhiteSpace = [](char c) { return c == ' ' || c == '\t' || c == '\n'; };
+  const auto first = std::find_if_not(text.begin(), text.end(), isWhiteSpace);
+  const auto behind = std::find_if(first, text.end(), isWhiteSpace);
+  if (first == behind || std::find_if_not(behind, text.end(), isWhiteSpace) != text.end()) return false;
+  word = std::string(first, behind);
   return true;
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "qz/system/cli/interface.h"
+#include "qz/system/cli/interface_impl.h"
 #include "qz/system/text/tokenize.h"
 
 namespace QZSystem {
@@ -133,9 +133,9 @@ class Checker {
 
 bool hasRequiredParameters(const QZInterface& itf, unsigned int level) {
   bool complete = true;
-  for (const QZParameter& parameter : QZIter(itf.GetParameters(true))) {
-    if (!parameter.GetRequired() || parameter.IsSet(0)) continue;
-    QZThrow.Msg(level, missingParameter, parameter.GetName().c_str());
+  for (const QZParameter* parameter : AllParameters(itf)) {
+    if (!parameter->GetRequired() || parameter->IsSet(0)) continue;
+    QZThrow.Msg(level, missingParameter, parameter->GetName().c_str());
     complete = false;
   }
   return complete;

@@ -86,6 +86,23 @@ std::optional<bool> liesIn(const QZParameter::Range& range, const T& value) {
   return (a.value <= value && value <= b.value) || (b.value <= value && value <= a.value);
 }
 
+// A list that is not filled to its end, because a text doesn't convert or an exception comes, is emptied.
+template <class T>
+class Filling {
+ public:
+  explicit Filling(std::deque<T>& target) : list(target) { list.clear(); }
+  ~Filling() {
+    if (!complete) list.clear();
+  }
+  Filling(const Filling&) = delete;
+  Filling& operator=(const Filling&) = delete;
+  void Complete() { complete = true; }
+
+ private:
+  std::deque<T>& list;
+  bool complete = false;
+};
+
 }  // namespace
 
 template <class T>
@@ -100,16 +117,15 @@ bool QZTypedParameter<T>::ClearDefaults() {
   return QZParameter::ClearDefaults();
 }
 
-// The texts go into a list of their own first, so that also an exception from a conversion leaves nothing half loaded.
+// Filled in place: a deque keeps its storage when it is emptied, and one more would cost as much as all the rest.
 template <class T>
 bool QZTypedParameter<T>::LoadTexts(const std::vector<std::string>& texts, std::deque<T>& list) {
-  list.clear();
-  std::deque<T> loaded;
+  Filling<T> filling(list);
   for (const std::string& text : texts) {
-    loaded.emplace_back();
-    if (!GetTypedValue(loaded.back(), text)) return false;
+    list.emplace_back();
+    if (!GetTypedValue(list.back(), text)) return false;
   }
-  list.swap(loaded);
+  filling.Complete();
   return true;
 }
 
