@@ -89,6 +89,8 @@ TEST_F(Convert, NamesThePlaceOfABadCell) {
 TEST_F(Convert, RefusesWhatItCannotOpenOrName) {
   EXPECT_EQ(refusal("qzconvert nosuch.csv b.qzr"), "Fatal: Cannot open nosuch.csv: No such file or directory\n");
   EXPECT_EQ(refusal("mkdir d.csv; qzconvert d.csv b.qzr"), "Fatal: Cannot open d.csv: Is a directory\n");
+  EXPECT_EQ(refusal("qzconvert -informat csv - b.qzr <&-"), "Fatal: Cannot open standard input: Bad file descriptor\n");
+  EXPECT_EQ(refusal("qzconvert -informat csv - b.qzr <d.csv"), "Fatal: Cannot open standard input: Is a directory\n");
   EXPECT_EQ(refusal("qzconvert a.dat b.qzr"),
             "Fatal: a.dat: the name doesn't tell the format; give -informat csv, tsv, json or binary\n");
   write("a.csv", "n\n1\n");
@@ -122,6 +124,29 @@ TEST_F(Convert, NeverMakesAWideNumberOfJSONNull) {
   EXPECT_EQ(refusal("qzconvert a.jsonl b.csv"),
             "Fatal: a.jsonl: line 2 (record 2), field n: a whole number of more than 32 bits can't be read from JSON; "
             "use the binary form or a table\n");
+  const std::string open = "{\"version\":[1,0],\"fields\":[";
+  const std::string inner = open + "{\"name\":\"k\",\"type\":\"Int\",\"idx\":1,\"value\":-2147483649}]}";
+  const struct {
+    std::string value;
+    const char* field;
+  } cases[] = {
+      {"\"type\":\"Int\",\"value\":12345678901234567890123", "v"},
+      {"\"type\":\"IntVec\",\"value\":[1,-2147483649]", "v"},
+      {"\"type\":\"Record\",\"value\":" + inner, "v.k"},
+      {"\"type\":\"RecordVec\",\"value\":[null," + inner + "]", "v.k"},
+      {"\"type\":\"Int\",\"value\":1,\"child\":{\"a\":" + inner + "}", "v.k"},
+      {"\"type\":\"Int\",\"value\":-2147483648", nullptr},
+      {"\"type\":\"Float\",\"value\":123456789012", nullptr},
+      {"\"type\":\"Float\",\"value\":0.1234567890123", nullptr},
+      {"\"type\":\"String\",\"value\":\"123456789012\"", nullptr},
+  };
+  for (const auto& each : cases) {
+    write("v.jsonl", open + "{\"name\":\"v\",\"idx\":1," + each.value + "}]}\n");
+    const Outcome outcome = run("qzconvert v.jsonl v.qzr");
+    const std::string place = each.field ? std::string(", field ") + each.field + ": a whole number" : "";
+    EXPECT_EQ(outcome.status, each.field ? 1 : 0) << each.value << outcome.messages;
+    EXPECT_NE(outcome.messages.find(place), std::string::npos) << each.value << outcome.messages;
+  }
   write("bad.jsonl", "{\"version\":[1,0],\"fields\":[{\"name\":\"n\",\"type\":\"Int\",\"idx\":1,\"value\":\"x\"}]}\n");
   EXPECT_EQ(refusal("qzconvert bad.jsonl b.csv"),
             "Fatal: bad.jsonl: line 1 (record 1): JSON: expects type of: integer, key: value\n");
