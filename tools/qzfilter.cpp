@@ -27,7 +27,7 @@ constexpr const char* ownConfiguration = R"(
     !SIMPLE true
     !BRIEF A condition over numeric fields, as "half_life > 1e9 && mass_number < 100"
     !DETAIL
-      Operators: + - * / ^ == != < > <= >= && || and the conditional a ? b : c.
+      Operators: + - * / ^ == != < > <= >= && || ! and the conditional a ? b : c.
       Functions: sqrt, exp, ln, log10, log2, sin, cos, tan, abs, min, max, avg, rint and more.
       A null or missing operand makes the condition false. Computed fields may be used. The names
       of fields are letters, digits and _ here; texts are for -match.

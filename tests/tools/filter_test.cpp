@@ -52,6 +52,8 @@ TEST_F(Filter, PicksByConditionsAndPatterns) {
       {"-where 'half_life > 1e9 && mass < 20'", c14},
       {"-where 'mass < 2 || half_life > 1'", c14 + f18 + cl36},
       {"-where 'stable == 1'", h1},
+      {"-where '!(half_life > 1e9)'", f18},
+      {"-where '!stable && mass != 18'", c14 + cl36},
       {"-match 'name=C*'", c14 + cl36},
       {"-match 'name=C*; spin=*2+'", cl36},
       {"-match 'mass=14'", c14},

@@ -18,6 +18,8 @@ namespace {
   throw ToolError(option + ": '" + text + "': " + error.GetMsg() + (hasText ? " -match looks at texts" : ""));
 }
 
+double negate(double truth) { return truth == 0 ? 1 : 0; }
+
 // An = that is no part of ==, !=, <= or >=: the parser would assign to the field and go on with the value.
 bool assigns(const std::string& text) {
   for (std::size_t i = text.find('='); i != std::string::npos; i = text.find('=', i + 1)) {
@@ -60,7 +62,7 @@ struct Expression::Operand {
   }
 
   // False for null and for no such field.
-  bool Load(const QZRecord& record, const std::string& option) {
+  bool Load(const QZRecord& record, const std::string& optionName) {
     if (load(record)) return true;
     for (int type = 0; type < types; ++type) {
       const int state = record.CheckField(field(type));
@@ -70,7 +72,7 @@ struct Expression::Operand {
       lastType = type;
       return load(record);
     }
-    throw ToolError(option + ": the field " + name + " is no number; -match looks at texts");
+    throw ToolError(optionName + ": the field " + name + " is no number; -match looks at texts");
   }
 
   bool load(const QZRecord& record) {
@@ -96,6 +98,7 @@ Expression::Expression(const std::string& optionName, const std::string& text)
     : option(optionName), parser(std::make_unique<mu::Parser>()) {
   if (assigns(text)) throw ToolError(option + ": '" + text + "': a single = compares nothing; use ==");
   try {
+    parser->DefineInfixOprt("!", negate);
     parser->SetExpr(text);
     // The names are known only now: every one of them is a field.
     for (const auto& [name, place] : parser->GetUsedVar()) operands.emplace_back(name);

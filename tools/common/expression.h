@@ -14,7 +14,7 @@ class Parser;
 namespace QZTools {
 
 /// A formula over the numeric fields of a record, in the grammar of the muparser library: + - * / ^, comparisons, &&
-/// ||, ? :, sqrt, exp, ln, log10, sin, min, max and so on.
+/// ||, !, ? :, sqrt, exp, ln, log10, sin, min, max and so on.
 ///
 ///     Expression heavy("-where", "mass > 100 && charge != 0");
 ///     double value = 0;
