@@ -28,41 +28,6 @@ constexpr int kBoundDecimals = 6;
 
 constexpr int kDisplayDecimals = 12;
 
-void PutInt(Bytes& out, long value) {
-  unsigned char form[QZWriteBuffer::kMaxIntSize];
-  out.insert(out.end(), form, form + QZWriteBuffer::EncodeInt(value, form));
-}
-
-void PutFloat(Bytes& out, double value) { QZFieldType<double>::AppendBytes(out, value); }
-
-void PutSized(Bytes& out, const unsigned char* data, std::size_t size) {
-  PutInt(out, static_cast<long>(size));
-  out.insert(out.end(), data, data + size);
-}
-
-// The forms of the elements of a list.
-
-void PutElement(Bytes& out, long value) { PutInt(out, value); }
-void PutElement(Bytes& out, double value) { PutFloat(out, value); }
-void PutElement(Bytes& out, bool value) { out.push_back(value ? 1 : 0); }
-void PutElement(Bytes& out, const Bytes& value) { PutSized(out, value.data(), value.size()); }
-void PutElement(Bytes& out, const std::string& value) {
-  PutSized(out, reinterpret_cast<const unsigned char*>(value.data()), value.size());
-}
-
-template <class T>
-void PutElement(Bytes& out, const std::optional<T>& value) {
-  if (value) {
-    PutElement(out, *value);
-  } else if constexpr (std::is_same_v<T, double>) {
-    double none;
-    std::memcpy(&none, &BufferImpl::kNoFloat, sizeof none);
-    PutFloat(out, none);
-  } else {
-    out.push_back(BufferImpl::kNone);
-  }
-}
-
 /// The value that an element of T is read as, and made into a T.
 template <class T>
 struct Element {
@@ -109,8 +74,8 @@ bool TakeList(Values& out, const unsigned char* data, std::size_t size) {
 
 template <class Values>
 void PutList(Bytes& out, const Values& values) {
-  PutInt(out, static_cast<long>(values.size()));
-  for (const auto& value : values) PutElement(out, value);
+  ListElement::PutCount(out, values.size());
+  for (const auto& value : values) ListElement::Put(out, value);
 }
 
 /// The elements in their own display form, an absent one as "Null".
@@ -148,9 +113,12 @@ Immortal<T> handler;
 
 }  // namespace
 
+// Records ask this for every value that they turn to JSON: the length leaves few names to compare with.
 QZFieldKind QZGetFieldKind(std::string_view typeName) {
-  const auto found = std::find(kKindNames.begin(), kKindNames.end(), typeName);
-  return static_cast<QZFieldKind>(found - kKindNames.begin());
+  for (std::size_t i = 0; i < kKindNames.size(); ++i) {
+    if (typeName.size() == kKindNames[i].size() && typeName == kKindNames[i]) return static_cast<QZFieldKind>(i);
+  }
+  return QZFieldKind::Other;
 }
 
 std::string_view QZGetFieldKindName(QZFieldKind kind) {

@@ -241,13 +241,40 @@ const QZFieldTypeHandler* GetBuiltIn(QZFieldKind kind);
 
 }  // namespace Types
 
+namespace FieldTypeImpl {
+
+/// The byte forms of plain values: each writes to `out`, which has room for 8 bytes, and returns how many it takes.
+
+inline std::size_t Encode(long value, unsigned char* out) {
+  std::memcpy(out, &value, sizeof value);
+  return QZWriteBuffer::PayloadSize(value);
+}
+
+inline std::size_t Encode(double value, unsigned char* out) {
+  std::memcpy(out, &value, sizeof value);
+  return sizeof value;
+}
+
+// The sense is inverted: true is the byte 0. The elements of a list have it the other way round.
+inline std::size_t Encode(bool value, unsigned char* out) {
+  *out = value ? 0 : 1;
+  return 1;
+}
+
+template <class T>
+void AppendEncoded(std::vector<unsigned char>& out, T value) {
+  const std::size_t before = out.size();
+  out.resize(before + 8);
+  out.resize(before + Encode(value, out.data() + before));
+}
+
+}  // namespace FieldTypeImpl
+
 // The forms that a reader of records meets in each value stand here, so that they inline.
 
 template <>
 inline void QZFieldType<long>::AppendBytes(std::vector<unsigned char>& out, const long& value) {
-  unsigned char form[sizeof value];
-  std::memcpy(form, &value, sizeof value);
-  out.insert(out.end(), form, form + QZWriteBuffer::PayloadSize(value));
+  FieldTypeImpl::AppendEncoded(out, value);
 }
 
 template <>
@@ -261,9 +288,7 @@ inline bool QZFieldType<long>::FromBytes(long& out, const unsigned char* data, s
 
 template <>
 inline void QZFieldType<double>::AppendBytes(std::vector<unsigned char>& out, const double& value) {
-  unsigned char form[sizeof value];
-  std::memcpy(form, &value, sizeof value);
-  out.insert(out.end(), form, form + sizeof value);
+  FieldTypeImpl::AppendEncoded(out, value);
 }
 
 template <>
@@ -273,10 +298,9 @@ inline bool QZFieldType<double>::FromBytes(double& out, const unsigned char* dat
   return true;
 }
 
-// The sense is inverted: true is the byte 0. The elements of a list have it the other way round.
 template <>
 inline void QZFieldType<bool>::AppendBytes(std::vector<unsigned char>& out, const bool& value) {
-  out.push_back(value ? 0 : 1);
+  FieldTypeImpl::AppendEncoded(out, value);
 }
 
 template <>

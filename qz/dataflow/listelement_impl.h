@@ -2,11 +2,84 @@
 
 #include <cstddef>
 #include <cstring>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+#include <vector>
 
+#include "qz/dataflow/byteblock_impl.h"
 #include "qz/dataflow/readbuffer.h"
+#include "qz/dataflow/writebuffer.h"
 
-/// How the elements of a list value are read. An element has the form of a buffer primitive, and may be absent.
+/// How list values are put together and taken apart: a count, and elements in the forms of the buffer primitives, each
+/// of which may be absent.
 namespace QZDataFlow::ListElement {
+
+inline void Append(std::vector<unsigned char>& out, const unsigned char* data, std::size_t size) {
+  out.insert(out.end(), data, data + size);
+}
+inline void Append(ByteBlock& out, const unsigned char* data, std::size_t size) { out.Append(data, size); }
+
+// Each appends an element. Out is a vector of bytes or a ByteBlock.
+
+template <class Out>
+void Put(Out& out, long value) {
+  unsigned char form[QZWriteBuffer::kMaxIntSize];
+  Append(out, form, QZWriteBuffer::EncodeInt(value, form));
+}
+
+template <class Out>
+void PutCount(Out& out, std::size_t count) {
+  Put(out, static_cast<long>(count));
+}
+
+template <class Out>
+void Put(Out& out, double value) {
+  unsigned char form[sizeof value];
+  std::memcpy(form, &value, sizeof value);
+  Append(out, form, sizeof value);
+}
+
+template <class Out>
+void Put(Out& out, bool value) {
+  const unsigned char form = value ? 1 : 0;
+  Append(out, &form, 1);
+}
+
+template <class Out>
+void Put(Out& out, QZByteSlice value) {
+  PutCount(out, value.size);
+  Append(out, value.data, value.size);
+}
+template <class Out>
+void Put(Out& out, const std::vector<unsigned char>& value) {
+  Put(out, QZByteSlice{value.data(), value.size()});
+}
+template <class Out>
+void Put(Out& out, std::string_view value) {
+  Put(out, QZByteSlice{reinterpret_cast<const unsigned char*>(value.data()), value.size()});
+}
+
+/// Appends the marker of an absent element of T.
+template <class T, class Out>
+void PutNone(Out& out) {
+  if constexpr (std::is_same_v<T, double>) {
+    double none;
+    std::memcpy(&none, &BufferImpl::kNoFloat, sizeof none);
+    Put(out, none);
+  } else {
+    Append(out, &BufferImpl::kNone, 1);
+  }
+}
+
+template <class T, class Out>
+void Put(Out& out, const std::optional<T>& value) {
+  if (value) {
+    Put(out, *value);
+  } else {
+    PutNone<T>(out);
+  }
+}
 
 // Each reads an element, with `none` set for an absent one, and gives false for one that is cut short.
 

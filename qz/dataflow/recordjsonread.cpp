@@ -1,218 +1,56 @@
-#include <cstdint>
-#include <limits>
 #include <memory>
 #include <optional>
+#include <utility>
 
-#include "qz/dataflow/base85_impl.h"
+#include "qz/dataflow/datarecord_impl.h"
 #include "qz/dataflow/fieldmetajson_impl.h"
-#include "qz/dataflow/fieldtype.h"
 #include "qz/dataflow/recordjson.h"
 #include "qz/dataflow/recordjson_impl.h"
+#include "qz/dataflow/recordjsonframe_impl.h"
+#include "qz/dataflow/recordjsonvalue_impl.h"
 #include "qz/system/frame/error.h"
-#include "qz/system/json/write.h"
+#include "qz/system/json/parse.h"
+
+// A document is gone through without recursion: the way down to the record that is being read is a list of levels. A
+// level with a field whose value or children are records waits for each of them.
 
 namespace QZDataFlow {
 
 namespace {
 
 constexpr char kTooDeep[] = "JSON: record nests too deep to be read";
-constexpr char kWrongUserValue[] = "Only objects, arrays of objects, and strings allowed for user field types";
 
 constexpr char kValue[] = "value";
 constexpr char kChild[] = "child";
 
 using Value = rapidjson::Value;
-using Bytes = std::vector<unsigned char>;
-using OptionalBytes = std::optional<Bytes>;
+using OptionalBytes = std::optional<std::vector<unsigned char>>;
 
-std::string_view TextOf(const Value& string) { return {string.GetString(), string.GetStringLength()}; }
+std::string TextOf(const Value& string) { return std::string(string.GetString(), string.GetStringLength()); }
 
-/// The bytes of a value that `get` reads; none for one of the wrong kind.
-template <class T, class Get>
-OptionalBytes ReadScalar(Value& field, Get get) {
-  const auto attr = get(field, kValue, true);
-  if (attr.error) return std::nullopt;
-  return QZFieldType<T>::ToBytes(attr.value);
-}
+/// A field with records in it, and how far these are read.
+struct Pending {
+  QZFieldBase field;
+  QZFieldKind kind = QZFieldKind::Other;  // Record or RecordVec while the value isn't set
+  Value* value = nullptr;                 // a record, or a list of them
+  rapidjson::SizeType next = 0;           // of that list, then of the children
+  std::vector<std::optional<QZRecord>> records;
+  Value* children = nullptr;
 
-OptionalBytes ReadBlob(Value& field) {
-  const auto attr = GetJSONStringAttr(field, kValue, true);
-  Bytes bytes;
-  if (attr.error || !Base85::Decode(attr.value, bytes)) return std::nullopt;
-  return bytes;
-}
+  bool IsValueOpen() const { return kind != QZFieldKind::Other; }
+};
 
-OptionalBytes ReadObjectText(Value& field) {
-  const auto attr = GetJSONObjectAttr(field, kValue, true);
-  if (attr.error) return std::nullopt;
-  const std::string text = QZJSONText(*attr.value);
-  return Bytes(text.begin(), text.end());
-}
+/// A record that is being read.
+struct Level {
+  explicit Level(QZRecord& callers) : record(&callers) {}
+  explicit Level(const std::shared_ptr<QZRecord>& inner) : record(inner.get()), own(inner) {}
 
-/// Low, high and inclusivity of a list in which null stands for no bound, and the sign of the third number for a side
-/// that has none.
-std::vector<double> BoundsOf(const Value& list) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  std::vector<double> bounds;
-  for (rapidjson::SizeType i = 0; i < list.Size(); ++i) {
-    const Value& element = list[i];
-    if (element.IsNull() && i < 2) {
-      bounds.push_back(i == 0 ? -kInfinity : kInfinity);
-    } else if (element.IsNumber() && i != 2) {
-      bounds.push_back(element.GetDouble());
-    } else if (element.IsNumber()) {
-      if (element.GetDouble() > 0 && !bounds.empty()) bounds[0] = -kInfinity;
-      if (element.GetDouble() < 0 && bounds.size() > 1) bounds[1] = kInfinity;
-    }
-  }
-  return bounds;
-}
-
-OptionalBytes ReadRange(Value& field) {
-  const auto attr = GetJSONArrayAttr(field, kValue, true);
-  if (attr.error) return std::nullopt;
-  return QZFieldType<QZRange>::ToBytes(QZRange(BoundsOf(*attr.value)));
-}
-
-// Each reads an element that isn't null. False, after a warning, for one that is refused.
-
-bool TakeKind(const Value& element, QZJSONKind kind, const char* key = kValue) {
-  if (QZIsJSONKind(element, kind)) return true;
-  QZWarnJSONKind(kind, key);
-  return false;
-}
-
-/// Any integer of 64 bits passes, of which the low 32 count.
-bool TakeElement(Value& element, long& value, int) {
-  if (!element.IsInt64() && !element.IsUint64()) {
-    QZWarnJSONKind(QZJSONKind::Integer, kValue);
-    return false;
-  }
-  const std::uint64_t bits = element.IsUint64() ? element.GetUint64() : static_cast<std::uint64_t>(element.GetInt64());
-  value = static_cast<std::int32_t>(static_cast<std::uint32_t>(bits));
-  return true;
-}
-
-bool TakeElement(Value& element, double& value, int) {
-  if (!TakeKind(element, QZJSONKind::Double)) return false;
-  value = element.GetDouble();
-  return true;
-}
-
-bool TakeElement(Value& element, bool& value, int) {
-  if (!TakeKind(element, QZJSONKind::Boolean)) return false;
-  value = element.GetBool();
-  return true;
-}
-
-bool TakeElement(Value& element, std::string& value, int) {
-  if (!TakeKind(element, QZJSONKind::String)) return false;
-  value = TextOf(element);
-  return true;
-}
-
-bool TakeElement(Value& element, Bytes& value, int) {
-  return TakeKind(element, QZJSONKind::String) && Base85::Decode(TextOf(element), value);
-}
-
-bool TakeElement(Value& element, QZRecord& value, int level) {
-  if (!TakeKind(element, QZJSONKind::Object)) return false;
-  if (level > kMaxRecordDepth) {
-    QZThrow.Warning(kTooDeep);
-    return false;
-  }
-  // What could be read of it is the value.
-  static_cast<void>(ReadRecordJSON(value, element, level));
-  return true;
-}
-
-/// The bytes of a list, in which null is an absent element; none when an element is refused.
-template <class T>
-OptionalBytes ReadList(Value& field, int level) {
-  const auto attr = GetJSONArrayAttr(field, kValue, true);
-  if (attr.error) return std::nullopt;
-  std::vector<std::optional<T>> values;
-  values.reserve(attr.value->Size());
-  for (Value& element : attr.value->GetArray()) {
-    if (element.IsNull()) {
-      values.emplace_back();
-    } else if (!TakeElement(element, values.emplace_back(T()).value(), level)) {
-      return std::nullopt;
-    }
-  }
-  return QZVectorFieldType<T>::ToBytes(values);
-}
-
-OptionalBytes ReadNested(Value& field, int level) {
-  const auto attr = GetJSONObjectAttr(field, kValue, true);
-  QZRecord record;
-  if (attr.error || !TakeElement(*attr.value, record, level)) return std::nullopt;
-  return QZFieldType<QZRecord>::ToBytes(record);
-}
-
-OptionalBytes ReadBuiltIn(Value& field, QZFieldKind kind, int level) {
-  switch (kind) {
-    case QZFieldKind::Int:
-      return ReadScalar<long>(field, GetJSONIntAttr);
-    case QZFieldKind::String:
-      return ReadScalar<std::string>(field, GetJSONStringAttr);
-    case QZFieldKind::Float:
-      return ReadScalar<double>(field, GetJSONDoubleAttr);
-    case QZFieldKind::Blob:
-      return ReadBlob(field);
-    case QZFieldKind::Bool:
-      return ReadScalar<bool>(field, GetJSONBoolAttr);
-    case QZFieldKind::IntVec:
-      return ReadList<long>(field, level);
-    case QZFieldKind::StringVec:
-      return ReadList<std::string>(field, level);
-    case QZFieldKind::FloatVec:
-      return ReadList<double>(field, level);
-    case QZFieldKind::BlobVec:
-      return ReadList<Bytes>(field, level);
-    case QZFieldKind::BoolVec:
-      return ReadList<bool>(field, level);
-    case QZFieldKind::Record:
-      return ReadNested(field, level + 1);
-    case QZFieldKind::RecordVec:
-      return ReadList<QZRecord>(field, level + 1);
-    case QZFieldKind::Range:
-      return ReadRange(field);
-    default:
-      return ReadObjectText(field);
-  }
-}
-
-/// The bytes of a value of a type that somebody registered, none for a type that nobody did. False, after a warning,
-/// for a value that no such type has.
-bool ReadRegistered(const std::string& type, const Value& value, OptionalBytes& bytes) {
-  const QZFieldTypeHandler* const handler = QZFieldTypeHandlerRegistry::GetInstance().GetHandler(type);
-  if (handler == nullptr) return true;
-  if (value.IsObject() || value.IsArray()) {
-    bytes = handler->JSONToBytes(QZJSONText(value));
-  } else if (value.IsString()) {
-    bytes = handler->JSONToBytes(std::string(TextOf(value)));
-  } else {
-    QZThrow.Warning(kWrongUserValue);
-    return false;
-  }
-  return true;
-}
-
-/// Keeps the child records under the index that the field has in its record.
-void ReadChildren(QZRecord& record, const QZFieldBase& field, Value& children, int level) {
-  if (level > kMaxRecordDepth) {
-    QZThrow.Warning(kTooDeep);
-    return;
-  }
-  const auto idx = static_cast<int>(record.GetFieldIdx(field));
-  for (auto& member : children.GetObject()) {
-    if (!TakeKind(member.value, QZJSONKind::Object, kChild)) continue;
-    auto child = std::make_shared<QZRecord>();
-    static_cast<void>(ReadRecordJSON(*child, member.value, level));
-    QZRecordImpl::Of(record).AddToChildCache(idx, std::string(TextOf(member.name)), std::move(child));
-  }
-}
+  QZRecord* record;
+  std::shared_ptr<QZRecord> own;  // the same record unless it is the caller's
+  Value* fields = nullptr;
+  rapidjson::SizeType next = 0;
+  std::optional<Pending> pending;
+};
 
 /// Makes the field that the members of `object` describe. Invalid, after a warning, when one that is required is
 /// missing or of the wrong kind.
@@ -229,51 +67,213 @@ QZFieldBase ReadFieldHead(Value& object) {
   return QZRecordImpl::MakeFieldBase(name.value, type.value, fieldMeta, false, nullable.value);
 }
 
-void ReadFieldJSON(QZRecord& record, Value& object, int level) {
-  const QZFieldBase field = ReadFieldHead(object);
-  if (!field.IsValid()) return;
-  const auto children = GetJSONObjectAttr(object, kChild);
-  const auto value = object.FindMember(kValue);
-  if (value == object.MemberEnd()) {
-    record.AddField(field);
-    return;
+class RecordReader {
+ public:
+  /// Reads the document into the record. False at what makes QZRecordFromJSON false.
+  bool Read(QZRecord& record, Value& document) {
+    if (!Begin(Level(record), document)) return false;
+    while (!levels.empty()) {
+      if (!Step()) return false;
+    }
+    return true;
   }
-  if (value->value.IsNull()) {
-    record.SetBytes(field, OptionalBytes());
-    return;
-  }
-  OptionalBytes bytes;
-  const QZFieldKind kind = QZGetFieldKind(field.GetType());
-  if (kind != QZFieldKind::Other) {
-    bytes = ReadBuiltIn(object, kind, level);
-  } else if (!ReadRegistered(field.GetType(), value->value, bytes)) {
-    return;
-  }
-  record.SetBytes(field, bytes);
-  if (children.found && !children.error) ReadChildren(record, field, *children.value, level + 1);
-}
 
-}  // namespace
+ private:
+  bool Begin(Level level, Value& document);
+  bool Step();
+  void ReadFieldJSON(Level& level, Value& object);
+  void BeginValue(Level& level, Value& object, Pending pending);
+  void Continue(Level& level);
+  void ContinueChildren(Level& level);
+  void BeginNested(Value& document);
+  void End();
+  void Deliver(Level& outer, std::shared_ptr<QZRecord> record);
+  static void FinishValue(Level& level);
+  static void RefuseValue(Level& level);
+  bool IsDeepest() const;
 
-bool ReadRecordJSON(QZRecord& record, Value& document, int level) {
+  std::vector<Level> levels;
+};
+
+/// Reads what stands before the fields, and begins a level if there is such an array.
+bool RecordReader::Begin(Level level, Value& document) {
   const auto version = GetJSONArrayAttr(document, "version", true);
   if (version.error || version.value->Size() != 2) return false;
   const auto id = GetJSONStringAttr(document, "source id");
   if (id.error) return false;
-  if (id.found) record.SetSourceID(id.value);
+  if (id.found) level.record->SetSourceID(id.value);
   const auto fields = GetJSONArrayAttr(document, "fields");
   if (fields.error) return false;
   if (!fields.found) return true;
-  for (Value& field : fields.value->GetArray()) {
-    if (!field.IsObject()) return false;
-    ReadFieldJSON(record, field, level);
+  level.fields = fields.value;
+  levels.push_back(std::move(level));
+  return true;
+}
+
+/// Goes on with the innermost record. False at a field of the outermost that isn't an object; an inner record ends
+/// there.
+bool RecordReader::Step() {
+  Level& level = levels.back();
+  if (level.pending) {
+    Continue(level);
+  } else if (level.next == level.fields->Size()) {
+    End();
+  } else if (Value& object = (*level.fields)[level.next++]; object.IsObject()) {
+    ReadFieldJSON(level, object);
+  } else if (levels.size() == 1) {
+    return false;
+  } else {
+    End();
   }
   return true;
 }
 
+void RecordReader::ReadFieldJSON(Level& level, Value& object) {
+  Pending pending;
+  pending.field = ReadFieldHead(object);
+  if (!pending.field.IsValid()) return;
+  const auto children = GetJSONObjectAttr(object, kChild);
+  if (children.found && !children.error) pending.children = children.value;
+  const auto value = object.FindMember(kValue);
+  if (value == object.MemberEnd()) {
+    level.record->AddField(pending.field);
+  } else if (value->value.IsNull()) {
+    level.record->SetBytes(pending.field, OptionalBytes());
+  } else {
+    BeginValue(level, object, std::move(pending));
+  }
+}
+
+void RecordReader::BeginValue(Level& level, Value& object, Pending pending) {
+  const QZFieldKind kind = QZGetFieldKind(pending.field.GetType());
+  OptionalBytes bytes;
+  if (kind == QZFieldKind::Record || kind == QZFieldKind::RecordVec) {
+    const bool isList = kind == QZFieldKind::RecordVec;
+    const auto attr = isList ? GetJSONArrayAttr(object, kValue, true) : GetJSONObjectAttr(object, kValue, true);
+    if (!attr.error) {
+      pending.kind = kind;
+      pending.value = attr.value;
+    }
+  } else if (!ReadJSONValue(object, pending.field.GetType(), bytes)) {
+    return;
+  }
+  if (!pending.IsValueOpen()) level.record->SetBytes(pending.field, bytes);
+  if (pending.IsValueOpen() || pending.children != nullptr) level.pending = std::move(pending);
+}
+
+/// Goes on with the records of the field that waits for them.
+void RecordReader::Continue(Level& level) {
+  Pending& pending = *level.pending;
+  if (!pending.IsValueOpen()) {
+    ContinueChildren(level);
+    return;
+  }
+  const bool isList = pending.kind == QZFieldKind::RecordVec;
+  if (pending.next == (isList ? pending.value->Size() : 1)) {
+    FinishValue(level);
+    return;
+  }
+  Value& element = isList ? (*pending.value)[pending.next] : *pending.value;
+  ++pending.next;
+  if (isList && element.IsNull()) {
+    pending.records.emplace_back();
+  } else if (!element.IsObject()) {
+    QZWarnJSONKind(QZJSONKind::Object, kValue);
+    RefuseValue(level);
+  } else if (IsDeepest()) {
+    RefuseValue(level);
+  } else {
+    BeginNested(element);
+  }
+}
+
+/// Sets the value, once all of its records are read; its children come next.
+void RecordReader::FinishValue(Level& level) {
+  Pending& pending = *level.pending;
+  if (pending.kind == QZFieldKind::RecordVec) {
+    level.record->SetBytes(pending.field, QZVectorFieldType<QZRecord>::ToBytes(pending.records));
+  } else {
+    level.record->SetBytes(pending.field, QZFieldType<QZRecord>::ToBytes(*pending.records.front()));
+  }
+  pending.records.clear();
+  pending.kind = QZFieldKind::Other;
+  pending.next = 0;
+}
+
+void RecordReader::RefuseValue(Level& level) {
+  Pending& pending = *level.pending;
+  level.record->SetBytes(pending.field, OptionalBytes());
+  pending.records.clear();
+  pending.kind = QZFieldKind::Other;
+  pending.next = 0;
+}
+
+void RecordReader::ContinueChildren(Level& level) {
+  Pending& pending = *level.pending;
+  if (pending.children == nullptr || pending.next == pending.children->MemberCount()) {
+    level.pending.reset();
+    return;
+  }
+  Value& child = (pending.children->MemberBegin() + static_cast<std::ptrdiff_t>(pending.next++))->value;
+  if (!child.IsObject()) {
+    QZWarnJSONKind(QZJSONKind::Object, kChild);
+  } else if (IsDeepest()) {
+    level.pending.reset();
+  } else {
+    BeginNested(child);
+  }
+}
+
+/// Whether no record may stand inside the innermost, of which it warns.
+bool RecordReader::IsDeepest() const {
+  if (levels.size() < kMaxRecordDepth) return false;
+  QZThrow.Warning(kTooDeep);
+  return true;
+}
+
+/// Begins a record inside the innermost. One that can't be begun is as far as it was read.
+void RecordReader::BeginNested(Value& document) {
+  auto record = std::make_shared<QZRecord>();
+  const std::size_t before = levels.size();
+  const bool begun = Begin(Level(record), document);
+  if (!begun || levels.size() == before) Deliver(levels.back(), std::move(record));
+}
+
+/// Ends the innermost record.
+void RecordReader::End() {
+  std::shared_ptr<QZRecord> record = std::move(levels.back().own);
+  levels.pop_back();
+  if (!levels.empty()) Deliver(levels.back(), std::move(record));
+}
+
+/// Gives the record to the field that waits for it.
+void RecordReader::Deliver(Level& outer, std::shared_ptr<QZRecord> record) {
+  Pending& pending = *outer.pending;
+  if (pending.IsValueOpen()) {
+    pending.records.emplace_back(std::move(*record));
+    return;
+  }
+  const Value& key = (pending.children->MemberBegin() + static_cast<std::ptrdiff_t>(pending.next - 1))->name;
+  const auto idx = static_cast<int>(outer.record->GetFieldIdx(pending.field));
+  QZRecordImpl::Of(*outer.record).AddToChildCache(idx, TextOf(key), std::move(record));
+}
+
+/// Whether the record is as a new one.
+bool HoldsNothing(QZRecordImpl& impl) {
+  static const std::size_t sizeOfNew = QZRecord().ToBytes().size();
+  return impl.Fields().Size() == 0 && impl.Encode().size == sizeOfNew;
+}
+
+}  // namespace
+
 bool QZRecordFromJSON(QZRecord& record, const std::string& text) {
+  QZRecordImpl& impl = QZRecordImpl::Of(record);
+  const bool isNew = HoldsNothing(impl);
+  if (isNew && ReadLikeBefore(impl, text)) return true;
   rapidjson::Document document;
-  return JSONParseHelper(document, text) && ReadRecordJSON(record, document, 1);
+  if (!JSONParseHelper(document, text) || !RecordReader().Read(record, document)) return false;
+  if (isNew) RememberDocument(impl, document, text);
+  return true;
 }
 
 }  // namespace QZDataFlow

@@ -1,11 +1,10 @@
-#include <limits>
-
 #include "qz/dataflow/base85_impl.h"
-#include "qz/dataflow/fieldmetajson_impl.h"
+#include "qz/dataflow/datarecord_impl.h"
 #include "qz/dataflow/fieldtype.h"
 #include "qz/dataflow/listelement_impl.h"
 #include "qz/dataflow/recordjson.h"
 #include "qz/dataflow/recordjson_impl.h"
+#include "qz/dataflow/recordjsonheads_impl.h"
 #include "qz/system/frame/error.h"
 
 namespace QZDataFlow {
@@ -89,23 +88,29 @@ void PutList(QZJSONTextWriter& out, QZByteSlice bytes) {
   PutList<Value>(out, bytes, [&](const Value& value) { PutElement(out, value); });
 }
 
-void PutNested(QZJSONTextWriter& out, QZByteSlice bytes, int level) {
+/// A record inside the one that is written, and its place in the text.
+struct Hole {
+  QZJSONTextWriter::Mark at;
   QZRecord record;
+};
+using Holes = std::vector<Hole>;
+
+void PutNested(QZJSONTextWriter& out, QZByteSlice bytes, Holes& holes) {
+  Hole& hole = holes.emplace_back(Hole{out.Here(), QZRecord()});
   // What could be read of damaged bytes is the value.
-  static_cast<void>(QZFieldType<QZRecord>::FromBytes(record, bytes.data, bytes.size));
-  WriteRecordJSON(out, record, level);
+  static_cast<void>(QZFieldType<QZRecord>::FromBytes(hole.record, bytes.data, bytes.size));
 }
 
-void PutNestedList(QZJSONTextWriter& out, QZByteSlice bytes, int level) {
+void PutNestedList(QZJSONTextWriter& out, QZByteSlice bytes, Holes& holes) {
   std::vector<std::optional<QZRecord>> records;
   if (!QZVectorFieldType<QZRecord>::FromBytes(records, bytes.data, bytes.size)) records.clear();
   out.Open("[");
   bool first = true;
-  for (const auto& record : records) {
+  for (auto& record : records) {
     if (!first) out.Raw(',');
     first = false;
     if (record) {
-      WriteRecordJSON(out, *record, level);
+      holes.push_back({out.Here(), std::move(*record)});
     } else {
       out.Null();
     }
@@ -114,7 +119,7 @@ void PutNestedList(QZJSONTextWriter& out, QZByteSlice bytes, int level) {
 }
 
 /// The value of a built-in type.
-void PutBuiltIn(QZJSONTextWriter& out, QZFieldKind kind, QZByteSlice bytes, int level) {
+void PutBuiltIn(QZJSONTextWriter& out, QZFieldKind kind, QZByteSlice bytes, Holes& holes) {
   switch (kind) {
     case QZFieldKind::Int:
       return out.Int(ValueOf<long>(bytes));
@@ -137,9 +142,9 @@ void PutBuiltIn(QZJSONTextWriter& out, QZFieldKind kind, QZByteSlice bytes, int 
     case QZFieldKind::BoolVec:
       return PutList<bool>(out, bytes);
     case QZFieldKind::Record:
-      return PutNested(out, bytes, level + 1);
+      return PutNested(out, bytes, holes);
     case QZFieldKind::RecordVec:
-      return PutNestedList(out, bytes, level + 1);
+      return PutNestedList(out, bytes, holes);
     case QZFieldKind::Range:
       return PutRange(out, ValueOf<QZRange>(bytes));
     default:
@@ -155,49 +160,32 @@ void WriteRegisteredValue(QZJSONTextWriter& out, const std::string& type, QZByte
   PutDocument(out, handler->BytesToJSON(std::vector<unsigned char>(bytes.data, bytes.data + bytes.size)));
 }
 
-/// The member "value" of the field at `pos`.
-void WriteJSONValue(QZJSONTextWriter& out, const QZRecordImpl& impl, std::size_t pos, int level) {
+/// The member "value" of the field at `pos`, which is of that kind.
+void WriteJSONValue(QZJSONTextWriter& out, const QZRecordImpl& impl, std::size_t pos, QZFieldKind kind, Holes& holes) {
   if (impl.IsNullAt(pos)) {
     out.Raw(",\"value\":null");
     return;
   }
-  const std::string& type = impl.Fields().At(pos).GetType();
-  const QZFieldKind kind = QZGetFieldKind(type);
   QZByteSlice bytes;
   if (!impl.GetSliceAt(pos, bytes)) bytes = {};
   if (kind == QZFieldKind::Other) {
-    WriteRegisteredValue(out, type, bytes);
+    WriteRegisteredValue(out, impl.Fields().At(pos).GetType(), bytes);
   } else {
     out.Raw(",\"value\":");
-    PutBuiltIn(out, kind, bytes, level);
+    PutBuiltIn(out, kind, bytes, holes);
   }
-}
-
-/// The members of a field that don't depend on its value.
-void WriteFieldHead(QZJSONTextWriter& out, const QZFieldBase& field, unsigned int idx) {
-  out.Raw("\"name\":");
-  out.String(field.GetName());
-  out.Raw(",\"type\":");
-  out.String(field.GetTypeName());
-  out.Raw(",\"idx\":");
-  out.Unsigned(idx);
-  if (!field.PeekMeta().IsEmpty()) {
-    out.Raw(",\"meta\":");
-    WriteFieldMetaJSON(out, field.PeekMeta());
-  }
-  if (field.IsNullable()) out.Raw(",\"nullable\":true");
 }
 
 /// The member "child" of a field that has child records.
-void WriteChildren(QZJSONTextWriter& out, const QZRecord& record, const QZFieldBase& field, int level) {
+void WriteChildren(QZJSONTextWriter& out, const QZRecord& record, const QZFieldBase& field, Holes& holes) {
   out.Open(",\"child\":{");
   bool first = true;
-  for (const auto& [key, child] : record.GetChildRecords(field)) {
+  for (auto& [key, child] : record.GetChildRecords(field)) {
     if (!first) out.Raw(',');
     first = false;
     out.String(key);
     out.Raw(':');
-    WriteRecordJSON(out, child, level);
+    holes.push_back({out.Here(), std::move(child)});
   }
   out.Close("}");
 }
@@ -207,14 +195,33 @@ bool HasChildBytes(const QZRecordImpl& impl, unsigned int idx) {
   return impl.FindChildBytes(idx, bytes) && bytes.size != 0;
 }
 
-void WriteFieldJSON(QZJSONTextWriter& out, const QZRecord& record, std::size_t pos, int level) {
+/// The members of a field behind its head, and its end.
+void WriteFieldBody(QZJSONTextWriter& out, const QZRecord& record, std::size_t pos, QZFieldKind kind, Holes& holes) {
   const QZRecordImpl& impl = QZRecordImpl::Of(record);
   const FieldList& fields = impl.Fields();
-  out.Open("{");
-  WriteFieldHead(out, fields.At(pos), fields.Idx(pos));
-  if (HasChildBytes(impl, fields.Idx(pos))) WriteChildren(out, record, fields.At(pos), level + 1);
-  WriteJSONValue(out, impl, pos, level);
+  if (HasChildBytes(impl, fields.Idx(pos))) WriteChildren(out, record, fields.At(pos), holes);
+  WriteJSONValue(out, impl, pos, kind, holes);
   out.Close("}");
+}
+
+/// All fields, in the order of their indices.
+void WriteFields(QZJSONTextWriter& out, const QZRecord& record, Holes& holes) {
+  const FieldList& fields = QZRecordImpl::Of(record).Fields();
+  bool first = true;
+  for (const std::size_t pos : fields.ByIdx()) {
+    out.Open(first ? "{" : ",{");
+    first = false;
+    WriteFieldHead(out, fields.At(pos), fields.Idx(pos));
+    WriteFieldBody(out, record, pos, QZGetFieldKind(fields.At(pos).GetType()), holes);
+  }
+}
+
+/// The same for the outermost record, which is far from the limit of brackets.
+void WriteFields(QZJSONTextWriter& out, const QZRecord& record, const FieldHeads& heads, Holes& holes) {
+  for (const FieldHead& head : heads) {
+    out.Open(head.text);
+    WriteFieldBody(out, record, head.pos, head.kind, holes);
+  }
 }
 
 void WriteSourceID(QZJSONTextWriter& out, const QZRecord& record) {
@@ -224,31 +231,73 @@ void WriteSourceID(QZJSONTextWriter& out, const QZRecord& record) {
   out.String(id);
 }
 
-}  // namespace
-
-// All that is decoded is written back first: what is left are bytes, which nothing changes on the way.
-void WriteRecordJSON(QZJSONTextWriter& out, const QZRecord& record, int level) {
-  if (level > kMaxRecordDepth) out.SetTooDeep();
-  if (out.IsTooDeep()) return;
+/// The document of a record but for the records inside it. All that is decoded is written back first: what is left are
+/// bytes, which nothing changes on the way.
+void WriteWithHoles(QZJSONTextWriter& out, const QZRecord& record, bool isOutermost, Holes& holes) {
   record.UnloadChildCache();
   QZRecordImpl::Of(record).UnloadCache();
-  out.Open("{\"version\":[");
-  out.Raw("1,0");
-  out.Close("]");
+  out.Open("{\"version\":[", 2);
+  out.Close("1,0]");
   WriteSourceID(out, record);
   out.Open(",\"fields\":[");
-  bool first = true;
-  for (const std::size_t pos : QZRecordImpl::Of(record).Fields().ByIdx()) {
-    if (!first) out.Raw(',');
-    first = false;
-    WriteFieldJSON(out, record, pos, level);
+  const auto heads = isOutermost ? FindFieldHeads(QZRecordImpl::Of(record).Fields()) : nullptr;
+  if (heads != nullptr) {
+    WriteFields(out, record, *heads, holes);
+  } else {
+    WriteFields(out, record, holes);
   }
-  out.Close("]}");
+  out.Close("]}", 2);
 }
 
+/// A record whose own text is written, but for records inside it.
+struct Level {
+  std::string text;  // from its start on, which is taken back
+  std::size_t start;
+  QZJSONTextWriter::Mark end;
+  Holes holes;
+  std::size_t next = 0;  // hole
+  std::size_t done = 0;  // of the text
+};
+
+/// Writes the text of a record, and begins a level if there are records inside it.
+void WriteText(QZJSONTextWriter& out, const QZRecord& record, bool isOutermost, std::vector<Level>& levels) {
+  Holes holes;
+  const auto start = out.Here();
+  WriteWithHoles(out, record, isOutermost, holes);
+  if (holes.empty()) return;
+  const auto end = out.Here();
+  levels.push_back({out.TakeFrom(start), start.size, end, std::move(holes)});
+}
+
+/// Puts the text up to the next hole, and takes the record that belongs there.
+QZRecord GoToHole(QZJSONTextWriter& out, Level& level) {
+  Hole& hole = level.holes[level.next++];
+  const std::size_t at = hole.at.size - level.start;
+  out.Restore(std::string_view(level.text).substr(level.done, at - level.done), hole.at);
+  level.done = at;
+  return std::move(hole.record);
+}
+
+}  // namespace
+
+// The way down is kept in a list and not on the stack. A record goes before those inside it are written: each holds a
+// copy of all that is deeper, so that one as deep as they may be would else take its size a few hundred times.
 std::string QZRecordToJSON(const QZRecord& record) {
   QZJSONTextWriter out;
-  WriteRecordJSON(out, record, 1);
+  std::vector<Level> levels;
+  WriteText(out, record, true, levels);
+  while (!levels.empty() && !out.IsTooDeep()) {
+    Level& level = levels.back();
+    if (level.next == level.holes.size()) {
+      out.Restore(std::string_view(level.text).substr(level.done), level.end);
+      levels.pop_back();
+    } else if (levels.size() == kMaxRecordDepth) {
+      out.SetTooDeep();
+    } else {
+      const QZRecord inner = GoToHole(out, level);
+      WriteText(out, inner, false, levels);
+    }
+  }
   if (!out.IsTooDeep()) return out.Take();
   QZThrow.Warning(kTooDeep);
   return {};

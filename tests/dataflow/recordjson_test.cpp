@@ -44,7 +44,7 @@ std::string Warning(const std::string& text) { return "Warning: " + text + "\n";
 
 class MolHandler : public QZFieldTypeHandler {
  public:
-  std::string GetName() const override { return "Mol"; }
+  std::string GetName() const override { return "Molecule"; }
   std::string BytesToJSON(const Bytes& bytes) const override { return std::string(bytes.begin(), bytes.end()); }
   Bytes JSONToBytes(const std::string& json) const override { return Bytes(json.begin(), json.end()); }
 };
@@ -56,7 +56,7 @@ class MuteHandler : public QZFieldTypeHandler {
 
 void RegisterHandlers() {
   auto& registry = QZFieldTypeHandlerRegistry::GetInstance();
-  if (registry.GetHandler("Mol") == nullptr) registry.RegisterHandler(new MolHandler, 0);
+  if (registry.GetHandler("Molecule") == nullptr) registry.RegisterHandler(new MolHandler, 0);
   if (registry.GetHandler("Mute") == nullptr) registry.RegisterHandler(new MuteHandler, 0);
 }
 
@@ -129,10 +129,10 @@ TEST(RecordJSON, ValuesOfEveryTypeComeBackAsTheyWere) {
       {"BlobVec", R"(["{{",null,""])"},
       {"Record", R"({"version":[1,0],"source id":"in","fields":[{"name":"b","type":"Int","idx":1,"value":1}]})"},
       {"RecordVec", R"([{"version":[1,0],"fields":[]},null])"},
-      {"Mol", R"({"atoms":[1]})"},
-      {"Mol", R"([{},1])"},
+      {"Molecule", R"({"atoms":[1]})"},
+      {"Molecule", R"([{},1])"},
       {"vec:Int", "5"},
-      {"Mol", "null"},
+      {"Molecule", "null"},
       {"Nobody", "null"},
   };
   RegisterHandlers();
@@ -169,8 +169,8 @@ TEST(RecordJSON, ValuesTakeTheirOwnForm) {
       {"Record", "", R"({"version":[1,0],"fields":[]})"},
       {"Record", "{}", R"({"version":[1,0],"fields":[]})"},
       {"RecordVec", "", "[]"},
-      {"Mol", R"("{\"a\":1}")", R"({"a":1})"},
-      {"Mol", R"("")", "null"},
+      {"Molecule", R"("{\"a\":1}")", R"({"a":1})"},
+      {"Molecule", R"("")", "null"},
       {"Mute", "{}", "null"},
       {"Nobody", "1", "null"},
   };
@@ -212,7 +212,7 @@ TEST(RecordJSON, ValuesOfTheWrongKindMakeTheFieldNull) {
     EXPECT_EQ(Again(Document(Field(type, value))), Document(Field(type, "null")) + Warning(message)) << value;
   }
   RegisterHandlers();
-  EXPECT_EQ(Again(Document(Field("Mol", "1"))),
+  EXPECT_EQ(Again(Document(Field("Molecule", "1"))),
             Document("") + Warning("Only objects, arrays of objects, and strings allowed for user field types"));
 }
 

@@ -1,11 +1,13 @@
 #include "qz/system/json/textwriter.h"
 
+#include <rapidjson/writer.h>
+
 #include <algorithm>
 #include <charconv>
-#include <cstring>
+#include <new>
 
-#include "qz/system/json/limits.h"
 #include "qz/system/json/number_impl.h"
+#include "qz/system/json/plaintext_impl.h"
 
 namespace QZSystem {
 
@@ -13,16 +15,20 @@ namespace {
 
 constexpr std::size_t kIntegerRoom = 24;
 
-bool IsOpening(char c) { return c == '{' || c == '['; }
-bool IsClosing(char c) { return c == '}' || c == ']'; }
+/// The text writer as a stream of rapidjson.
+struct Sink {
+  using Ch = char;
+  void Put(char character) { out.Raw(character); }
+  void Flush() {}
+  QZJSONTextWriter& out;
+};
 
-/// Whether a string stands as it is between its quotes.
-bool IsPlain(std::string_view text) {
-  const auto needsEscape = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; };
-  bool any = false;
-  for (const char c : text) any |= needsEscape(c);
-  return !any;
-}
+/// The form of a string in rapidjson, without what its writer does around it.
+class StringWriter : public rapidjson::Writer<Sink> {
+ public:
+  using rapidjson::Writer<Sink>::Writer;
+  using rapidjson::Writer<Sink>::WriteString;
+};
 
 /// The brackets that are open at most at a time, outside strings.
 std::size_t DepthOf(std::string_view text) {
@@ -35,9 +41,9 @@ std::size_t DepthOf(std::string_view text) {
       inString = c != '"';
     } else if (c == '"') {
       inString = true;
-    } else if (IsOpening(c)) {
+    } else if (c == '{' || c == '[') {
       deepest = std::max(deepest, ++depth);
-    } else if (IsClosing(c) && depth > 0) {
+    } else if ((c == '}' || c == ']') && depth > 0) {
       --depth;
     }
   }
@@ -46,65 +52,62 @@ std::size_t DepthOf(std::string_view text) {
 
 }  // namespace
 
-void QZJSONTextWriter::Raw(std::string_view text) {
-  if (!text.empty()) std::memcpy(Room(text.size()), text.data(), text.size());
+QZJSONTextWriter::QZJSONTextWriter()
+    : buffer(new char[kFirstRoom]), cursor(buffer.get()), end(buffer.get() + kFirstRoom) {}
+
+void QZJSONTextWriter::Grow(std::size_t size) {
+  const std::size_t used = Size();
+  if (size > ~std::size_t{0} / 4 - used) throw std::bad_alloc();
+  const std::size_t larger = 2 * (used + size);
+  std::unique_ptr<char[]> fresh(new char[larger]);
+  std::memcpy(fresh.get(), buffer.get(), used);
+  buffer = std::move(fresh);
+  cursor = buffer.get() + used;
+  end = buffer.get() + larger;
 }
 
-void QZJSONTextWriter::Deepen(std::size_t brackets) {
-  if (depth + brackets > static_cast<std::size_t>(kMaxJSONDepth)) tooDeep = true;
+void QZJSONTextWriter::Document(std::string_view document) {
+  if (depth + DepthOf(document) > kMaxDepth) tooDeep = true;
+  Raw(document);
 }
 
-void QZJSONTextWriter::Open(std::string_view text) {
-  const auto brackets = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsOpening));
-  Deepen(brackets);
-  depth += brackets;
-  Raw(text);
-}
-
-void QZJSONTextWriter::Close(std::string_view text) {
-  depth -= static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsClosing));
-  Raw(text);
-}
-
-void QZJSONTextWriter::Document(std::string_view text) {
-  Deepen(DepthOf(text));
-  Raw(text);
-}
-
-void QZJSONTextWriter::String(std::string_view text) {
-  if (IsPlain(text)) {
-    char* const at = Room(text.size() + 2);
+void QZJSONTextWriter::String(std::string_view value) {
+  const char* const valueEnd = value.data() + value.size();
+  if (JSONImpl::FindSpecial(value.data(), valueEnd) == valueEnd) {
+    char* const at = Room(value.size() + 2);
     at[0] = '"';
-    std::copy(text.begin(), text.end(), at + 1);
-    at[text.size() + 1] = '"';
+    std::copy(value.begin(), value.end(), at + 1);
+    at[value.size() + 1] = '"';
   } else {
-    tokens.WriteString(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    Sink sink{*this};
+    StringWriter(sink).WriteString(value.data(), static_cast<rapidjson::SizeType>(value.size()));
   }
 }
 
 void QZJSONTextWriter::Int(long value) {
   char* const at = Room(kIntegerRoom);
-  GiveBack(static_cast<std::size_t>(at + kIntegerRoom - std::to_chars(at, at + kIntegerRoom, value).ptr));
+  cursor = std::to_chars(at, at + kIntegerRoom, value).ptr;
 }
 
-void QZJSONTextWriter::Unsigned(unsigned int value) { Int(static_cast<long>(value)); }
-
-void QZJSONTextWriter::Double(double value) {
-  char* const at = Room(JSONImpl::kDoubleRoom);
-  GiveBack(static_cast<std::size_t>(at + JSONImpl::kDoubleRoom - JSONImpl::PutDouble(value, at)));
-}
+void QZJSONTextWriter::Double(double value) { cursor = JSONImpl::PutDouble(value, Room(JSONImpl::kDoubleRoom)); }
 
 void QZJSONTextWriter::Rewind(Mark mark) {
-  GiveBack(buffer.GetSize() - mark.size);
+  cursor = buffer.get() + mark.size;
   depth = mark.depth;
 }
 
+std::string QZJSONTextWriter::TakeFrom(Mark mark) {
+  std::string taken(buffer.get() + mark.size, Size() - mark.size);
+  Rewind(mark);
+  return taken;
+}
+
 std::string QZJSONTextWriter::Take() {
-  std::string text(buffer.GetString(), buffer.GetSize());
-  buffer.Clear();
+  std::string taken(buffer.get(), Size());
+  cursor = buffer.get();
   depth = 0;
   tooDeep = false;
-  return text;
+  return taken;
 }
 
 }  // namespace QZSystem

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "qz/system/json/limits.h"
+#include "qz/system/json/write.h"
 
 namespace QZSystem {
 namespace {
@@ -74,7 +75,7 @@ TEST(JSONTextWriter, StringsAreWrittenAsTheLibraryDoes) {
 
 TEST(JSONTextWriter, OtherTokensStandAsTheyAre) {
   const std::string text = Text([](QZJSONTextWriter& out) {
-    out.Open("{\"a\":[");
+    out.Open("{\"a\":[", 2);
     out.Int(std::numeric_limits<long>::min());
     out.Raw(',');
     out.Unsigned(4294967295U);
@@ -88,7 +89,7 @@ TEST(JSONTextWriter, OtherTokensStandAsTheyAre) {
     out.Null();
     out.Raw(',');
     out.Document("{\"b\":[]}");
-    out.Close("]}");
+    out.Close("]}", 2);
   });
   EXPECT_EQ(text, "{\"a\":[-9223372036854775808,4294967295,true,null,{\"b\":[]}]}");
 }
@@ -102,14 +103,14 @@ TEST(JSONTextWriter, BracketsAreCountedAlsoInsideDocuments) {
                {"}}]]{{", true}, {"1", false}};
   for (const auto& [document, tooDeep] : cases) {
     QZJSONTextWriter out;
-    out.Open(open);
+    out.Open(open, open.size());
     out.Document(document);
     EXPECT_EQ(out.IsTooDeep(), tooDeep) << document;
   }
   QZJSONTextWriter out;
-  for (int i = 0; i < 5; ++i) out.Open(open), out.Close(std::string(open.size(), ']'));
+  for (int i = 0; i < 5; ++i) out.Open(open, open.size()), out.Close("", open.size());
   EXPECT_FALSE(out.IsTooDeep());
-  out.Open("[" + open + "[");
+  out.Open("[" + open + "[", open.size() + 2);
   EXPECT_TRUE(out.IsTooDeep());
 }
 
