@@ -431,7 +431,8 @@ bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) {
 bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls) {
   const std::size_t before = in.Remaining();
   const unsigned char* const item = in.Position();
-  const long number = in.ReadInt();
+  bool noIdx;
+  const long number = in.ReadInt(noIdx);
   const unsigned int idx = static_cast<unsigned int>(number);
   bool none;
   const unsigned long size = in.ReadLength(none);
