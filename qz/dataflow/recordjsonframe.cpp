@@ -10,12 +10,13 @@
 #include "qz/dataflow/recordjsonheads_impl.h"
 #include "qz/dataflow/recordsections_impl.h"
 #include "qz/dataflow/threadowned_impl.h"
-#include "qz/system/json/plainscan.h"
+#include "qz/system/json/plainscan_impl.h"
 
 namespace QZDataFlow {
 
 namespace {
 
+using JSONImpl::PlainScan;
 using Bytes = std::vector<unsigned char>;
 
 constexpr std::size_t kLargestDocument = 65536;
@@ -55,12 +56,12 @@ struct Room {
 
 // Each takes a plain value.
 
-bool TakePlain(QZJSONPlainScan& scan, long& value) { return scan.Int(value); }
-bool TakePlain(QZJSONPlainScan& scan, double& value) { return scan.Double(value); }
-bool TakePlain(QZJSONPlainScan& scan, bool& value) { return scan.Bool(value); }
+bool TakePlain(PlainScan& scan, long& value) { return scan.Int(value); }
+bool TakePlain(PlainScan& scan, double& value) { return scan.Double(value); }
+bool TakePlain(PlainScan& scan, bool& value) { return scan.Bool(value); }
 
 template <class T>
-bool TakeEncoded(QZJSONPlainScan& scan, ByteBlock& out) {
+bool TakeEncoded(PlainScan& scan, ByteBlock& out) {
   T value;
   unsigned char form[8];
   if (!TakePlain(scan, value)) return false;
@@ -69,7 +70,7 @@ bool TakeEncoded(QZJSONPlainScan& scan, ByteBlock& out) {
 }
 
 template <class T>
-bool TakeElement(QZJSONPlainScan& scan, ByteBlock& out) {
+bool TakeElement(PlainScan& scan, ByteBlock& out) {
   if constexpr (std::is_same_v<T, std::string>) {
     std::string_view value;
     std::string unescaped;
@@ -84,7 +85,7 @@ bool TakeElement(QZJSONPlainScan& scan, ByteBlock& out) {
 }
 
 template <class T>
-bool TakeList(QZJSONPlainScan& scan, Room& room) {
+bool TakeList(PlainScan& scan, Room& room) {
   if (!scan.Literal('[')) return false;
   room.elements.Clear();
   std::size_t count = 0;
@@ -103,7 +104,7 @@ bool TakeList(QZJSONPlainScan& scan, Room& room) {
 }
 
 /// Takes a value that isn't a string into `values`.
-bool TakeByKind(QZJSONPlainScan& scan, QZFieldKind kind, Room& room) {
+bool TakeByKind(PlainScan& scan, QZFieldKind kind, Room& room) {
   switch (kind) {
     case QZFieldKind::Int:
       return TakeEncoded<long>(scan, room.values);
@@ -124,7 +125,7 @@ bool TakeByKind(QZJSONPlainScan& scan, QZFieldKind kind, Room& room) {
   }
 }
 
-bool TakeValue(QZJSONPlainScan& scan, QZFieldKind kind, Room& room, std::size_t i) {
+bool TakeValue(PlainScan& scan, QZFieldKind kind, Room& room, std::size_t i) {
   Taken& taken = room.taken[i];
   taken = {nullptr, room.values.size(), 0, scan.Null()};
   if (taken.isNull) return true;
@@ -216,7 +217,7 @@ bool Frame::MakeSlots(const FieldList& fields, const rapidjson::Value& documentF
 }
 
 bool Frame::Take(std::string_view text, Room& room) const {
-  QZJSONPlainScan scan(text);
+  PlainScan scan(text);
   room.Clear(slots.size() + 1);
   if (hasSourceID && (!scan.Literal(start) || !TakeValue(scan, QZFieldKind::String, room, slots.size()))) return false;
   for (std::size_t i = 0; i < slots.size(); ++i) {

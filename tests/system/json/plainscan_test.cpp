@@ -1,4 +1,4 @@
-#include "qz/system/json/plainscan.h"
+#include "qz/system/json/plainscan_impl.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,8 @@
 
 namespace QZSystem {
 namespace {
+
+using JSONImpl::PlainScan;
 
 /// The bits of a double, so that zeros with a sign and NaN compare.
 std::string Bits(double value) {
@@ -36,7 +38,7 @@ std::string Parsed(const std::string& kind, const std::string& token) {
 /// What the scan makes of it; "no" when it leaves it to the parse entry.
 std::string Scanned(const std::string& kind, const std::string& token) {
   const std::string text = token + "}";
-  QZJSONPlainScan scan(text);
+  PlainScan scan(text);
   std::string result = "no";
   std::string room;
   std::string_view view;
@@ -160,9 +162,9 @@ TEST(JSONPlainScan, EveryNumberItTakesIsThatOfTheParseEntry) {
 }
 
 TEST(JSONPlainScan, EndsInWhiteSpaceOnly) {
-  for (const char* text : {"", " \n\r\t"}) EXPECT_TRUE(QZJSONPlainScan(text).AtEnd()) << text;
+  for (const char* text : {"", " \n\r\t"}) EXPECT_TRUE(PlainScan(text).AtEnd()) << text;
   for (const std::string& text : {std::string("x"), std::string(" x"), std::string("\f"), std::string(1, 0)}) {
-    EXPECT_FALSE(QZJSONPlainScan(text).AtEnd()) << text;
+    EXPECT_FALSE(PlainScan(text).AtEnd()) << text;
   }
 }
 

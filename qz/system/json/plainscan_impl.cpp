@@ -1,4 +1,4 @@
-#include "qz/system/json/plainscan.h"
+#include "qz/system/json/plainscan_impl.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include "qz/system/json/guardedparse_impl.h"
 #include "qz/system/json/plaintext_impl.h"
 
-namespace QZSystem {
+namespace QZSystem::JSONImpl {
 
 namespace {
 
@@ -85,7 +85,7 @@ struct StringHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, StringHan
 
 }  // namespace
 
-bool QZJSONPlainScan::Int(long& value) {
+bool PlainScan::Int(long& value) {
   const bool negative = at != end && *at == '-';
   const char* const first = at + (negative ? 1 : 0);
   const char* const last = SkipInteger(first, end);
@@ -100,7 +100,7 @@ bool QZJSONPlainScan::Int(long& value) {
   return true;
 }
 
-bool QZJSONPlainScan::Double(double& value) {
+bool PlainScan::Double(double& value) {
   const bool negative = IsNext('-');
   const char* const first = at + (negative ? 1 : 0);
   std::uint64_t number = 0;
@@ -132,7 +132,7 @@ bool QZJSONPlainScan::Double(double& value) {
 }
 
 /// What may follow the words is for the caller to see.
-bool QZJSONPlainScan::Word(double& value) {
+bool PlainScan::Word(double& value) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   if (Literal("NaN")) {
     value = std::numeric_limits<double>::quiet_NaN();
@@ -146,15 +146,15 @@ bool QZJSONPlainScan::Word(double& value) {
   return true;
 }
 
-bool QZJSONPlainScan::Bool(bool& value) {
+bool PlainScan::Bool(bool& value) {
   value = at != end && *at == 't';
   return Literal(value ? std::string_view("true") : std::string_view("false"));
 }
 
-bool QZJSONPlainScan::String(std::string_view& value, std::string& room) {
+bool PlainScan::String(std::string_view& value, std::string& room) {
   if (at == end || *at != '"') return false;
   const char* const first = at + 1;
-  const char* const last = JSONImpl::FindSpecial(first, end);
+  const char* const last = FindSpecial(first, end);
   if (last == end) return false;
   if (*last == '\\') return EscapedString(value, room);
   if (*last != '"') return false;
@@ -164,21 +164,21 @@ bool QZJSONPlainScan::String(std::string_view& value, std::string& room) {
 }
 
 /// Has the string that begins here parsed on its own.
-bool QZJSONPlainScan::EscapedString(std::string_view& value, std::string& room) {
+bool PlainScan::EscapedString(std::string_view& value, std::string& room) {
   const char* last = at + 1;
   while (last != end && *last != '"') last += *last == '\\' && end - last > 1 ? 2 : 1;
   if (last == end) return false;
   StringHandler handler(room);
   const auto size = static_cast<std::size_t>(last + 1 - at);
-  if (JSONImpl::GuardedParse(at, size, handler).code != rapidjson::kParseErrorNone) return false;
+  if (GuardedParse(at, size, handler).code != rapidjson::kParseErrorNone) return false;
   value = room;
   at = last + 1;
   return true;
 }
 
-bool QZJSONPlainScan::AtEnd() const {
+bool PlainScan::AtEnd() const {
   const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; };
   return std::all_of(at, end, isSpace);
 }
 
-}  // namespace QZSystem
+}  // namespace QZSystem::JSONImpl

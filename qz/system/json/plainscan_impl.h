@@ -7,21 +7,21 @@
 
 #include "qz/system/frame/names.h"
 
-namespace QZSystem {
+namespace QZSystem::JSONImpl {
 
 /// Goes along JSON text whose shape is known beforehand, and takes the values on the way as the parse entry would.
 ///
-///     QZJSONPlainScan scan(line);
+///     PlainScan scan(line);
 ///     double mass = 0;
 ///     if (scan.Literal("{\"mass\":") && scan.Double(mass) && scan.Literal("}") && scan.AtEnd()) return mass;
 ///     // else let JSONParseHelper see what it is
 ///
 /// It takes the usual forms of values only and gives no messages: after a false, by which it stays where it was or
 /// somewhere behind, the text goes to the parse entry, which decides. One thread at a time.
-class QZJSONPlainScan {
+class PlainScan {
  public:
   /// `text` stays the caller's, and the views that are handed out point into it.
-  explicit QZJSONPlainScan(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
+  explicit PlainScan(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
 
   /// Goes past exactly these bytes.
   [[nodiscard]] bool Literal(std::string_view text) {
@@ -55,4 +55,4 @@ class QZJSONPlainScan {
   const char* end;
 };
 
-}  // namespace QZSystem
+}  // namespace QZSystem::JSONImpl
