@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "interface_testing.h"
 #include "qz/platform/memorystream.h"
+#include "qz/system/cli/configureline_impl.h"
+#include "qz/system/text/qzstring.h"
 
 namespace QZSystem {
 namespace {
@@ -457,6 +461,34 @@ TEST(ConfigureText, QuotesWhatHoldsBlanks) {
   EXPECT_EQ(QuotedString(""), "");
 }
 
+// The line reader looks at many bytes at a time; a plain split of the same text stands beside it.
+TEST(ConfigureLines, AreThoseOfAPlainSplitFromMemoryAndFromAStream) {
+  std::mt19937 random(3);
+  const std::string letters = "  \t\n!ab\r#\x80";
+  for (std::size_t size = 0; size < 150; ++size)
+    for (int round = 0; round < 40; ++round) {
+      std::string text;
+      while (text.size() < size) text += random() % 3 == 0 ? letters[random() % letters.size()] : 'w';
+      std::vector<std::string> lines;
+      QZStringTokenize(lines, text, "\n", false);
+      if (lines.back().empty()) lines.pop_back();
+
+      qzisstream in;
+      in.set(text);
+      for (ConfigureSource source : {ConfigureSource(text), ConfigureSource(in)}) {
+        ConfigureLine line;
+        for (const std::string& expected : lines) {
+          ASSERT_TRUE(source.Read(line)) << text;
+          ASSERT_EQ(line.text, expected) << text;
+          std::vector<std::string> words;
+          QZStringTokenize(words, expected, " \t\n", true);
+          ASSERT_EQ(std::vector<std::string>(line.words.begin(), line.words.end()), words) << text;
+        }
+        EXPECT_FALSE(source.Read(line)) << text;
+      }
+    }
+}
+
 /// The parameters of the example and where their blocks end.
 struct Block {
   std::string name;
@@ -494,6 +526,9 @@ TEST_F(Configure, AFlippedByteLeavesTheParametersBeforeIt) {
       in.set(damaged);
       itf.Clear();
       QZConfigure(itf, in);
+      QZInterface fromMemory;
+      QZConfigure(fromMemory, Bytes(damaged));
+      EXPECT_TRUE(damaged[i] == 0 || Everything(itf) == Everything(fromMemory)) << i << " flip " << flip;
       for (const Block& block : ExampleBlocks())
         EXPECT_TRUE(block.end >= i || itf.GetParameter(block.name) != nullptr) << i << " flip " << flip;
       // What was read can be written and read again, whatever it is.
