@@ -36,13 +36,14 @@ QZFieldTypeHandlerRegistry& QZFieldTypeHandlerRegistry::GetInstance() {
 
 void QZFieldTypeHandlerRegistry::RegisterHandler(QZFieldTypeHandler* handler, int priority) {
   assert(handler != nullptr);
+  std::unique_ptr<QZFieldTypeHandler> owner(handler);
   const std::string name = handler->GetName();
   const auto present = priorities.find(name);
-  const bool better = present == priorities.end() ? priority >= 0 : priority > present->second;
-  std::unique_ptr<QZFieldTypeHandler> owner(handler);
-  if (!better) return;
-  handlers[name] = std::move(owner);
+  const bool isBetter = present == priorities.end() ? priority >= 0 : priority > present->second;
+  if (!isBetter) return;
+  auto& place = handlers[name];
   priorities[name] = priority;
+  place = std::move(owner);
 }
 
 QZFieldTypeHandler* QZFieldTypeHandlerRegistry::GetHandler(const std::string& name) const {
@@ -61,8 +62,8 @@ QZWrappedFieldTypeHandlerRegistry& QZWrappedFieldTypeHandlerRegistry::GetInstanc
 
 void QZWrappedFieldTypeHandlerRegistry::RegisterHandler(QZWrappedFieldTypeHandler* handler) {
   assert(handler != nullptr);
-  const std::string name = handler->GetName();
-  handlers[name].reset(handler);
+  std::unique_ptr<QZWrappedFieldTypeHandler> owner(handler);
+  handlers[handler->GetName()] = std::move(owner);
 }
 
 QZWrappedFieldTypeHandler* QZWrappedFieldTypeHandlerRegistry::GetHandler(const std::string& name) const {
