@@ -4,6 +4,7 @@
 #include <cassert>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -133,7 +134,7 @@ class Reader {
     SplitQuotedName();
     const std::string name(line.words[1]);
     QZInterface& itf = *levels.back().itf;
-    QZInterface* category = itf.GetInterface(name);
+    QZInterface* category = NoteName(name) ? nullptr : itf.GetInterface(name);
     const unsigned int depth = levels.back().depth + (category != nullptr ? StepsBelow(category, &itf) : 1);
     if (depth > kMaxDepth) {
       QZThrow.Error(kSubcategory);
@@ -145,6 +146,15 @@ class Reader {
     category->SetOrderPriority(line.Order());
     levels.push_back({category, depth});
     return true;
+  }
+
+  /// Notes the name of a category, and tells whether none of the tree has had it so far, which saves nearly every one a
+  /// walk over the tree.
+  bool NoteName(const std::string& name) {
+    if (names.empty())
+      for (const QZInterface& category : QZIter<QZInterface>(levels.front().itf->GetInterfaces(true)))
+        names.insert(category.GetName());
+    return names.insert(name).second;
   }
 
   /// Makes the name of a category in quotes one word of the line. Faults are told, and the line is taken as well as it
@@ -186,6 +196,7 @@ class Reader {
   bool held = false;  ///< the line is to be read again
   std::vector<Level> levels;
   ConfigureBlock block;
+  std::unordered_set<std::string> names;  ///< of the categories, once there was one to look up
 };
 
 }  // namespace
