@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,10 +63,20 @@ class QZRecordImpl {
   QZFieldBase GetFieldBase(const std::string& name) const;
   const FieldList& Fields() const { return *list; }
   /// The place in Fields() of the field that `field` means, whatever its type, or npos.
-  std::size_t FindKey(const QZFieldBase& field) const;
+  std::size_t FindKey(const QZFieldBase& field) const {
+    return field.matchByMeta ? FindByMeta(field) : list->Find(field.name);
+  }
   /// The same if the types agree and the index counts as one.
-  std::size_t FindField(const QZFieldBase& field) const;
-  static bool TypesAgree(const QZFieldBase& entry, const QZFieldBase& field);
+  std::size_t FindField(const QZFieldBase& field) const {
+    const std::size_t pos = FindKey(field);
+    const bool found = pos != FieldList::npos && TypesAgree(list->At(pos), field) && !IsBelow0(list->Idx(pos));
+    return found ? pos : FieldList::npos;
+  }
+  static bool TypesAgree(const QZFieldBase& entry, const QZFieldBase& field) {
+    const std::size_t size = field.type.size();
+    return entry.type.size() >= size &&
+           std::memcmp(entry.type.data() + (entry.type.size() - size), field.type.data(), size) == 0;
+  }
   /// The index of the field, or the next free one.
   unsigned int IdxToUse(const QZFieldBase& field) const;
   int CheckField(const QZFieldBase& field, bool strict) const;
@@ -112,6 +122,8 @@ class QZRecordImpl {
   void StoreChildBytes(unsigned int idx, const unsigned char* data, std::size_t size);
   bool EraseChildBytes(unsigned int idx);
   ChildCache& DecodedChildren() { return childCache; }
+  /// Whether anything is kept decoded, be it up to date or not.
+  bool HasDecoded() const { return !cache.empty() || !childCache.empty(); }
 
   // The record as a whole.
 
@@ -126,9 +138,7 @@ class QZRecordImpl {
   /// A block to read the next record into. The record stays as it is until FromIncoming.
   ByteBlock& Incoming() { return spare; }
   /// The stored form, once everything decoded is written back; it lives until the next change or call.
-  QZByteSlice Encode();
-  /// Appends the stored form to `out`.
-  void AppendTo(ByteBlock& out, bool withSourceID);
+  QZByteSlice Encode(bool withSourceID = true);
 
  private:
   friend class RecordUnloading;
@@ -138,20 +148,30 @@ class QZRecordImpl {
   class Slot {
    public:
     Slot() = default;
-    /// A value whose item in the stored form begins `head` bytes before it, or with the head 0 anywhere else.
-    Slot(std::size_t begin, std::size_t valueSize, std::size_t head, bool isNullItem)
-        : size(valueSize), place(begin << kBeginShift | head << kHeadShift | kPresent | (isNullItem ? kNulls : 0)) {}
+    /// A value behind the head of its item in the stored form, which begins at `begin`; or with a head of no bytes,
+    /// anywhere.
+    Slot(std::size_t begin, std::size_t head, std::size_t valueSize)
+        : size(valueSize), place(begin << kBeginShift | head << kHeadShift | kPresent | (head != 0 ? kReady : 0)) {}
+    /// The item of a null, which counts as a value without bytes.
+    static Slot NullItem(std::size_t begin, std::size_t head) {
+      Slot slot(begin, head, 0);
+      slot.place |= kNull | kNullItem;
+      return slot;
+    }
 
-    std::size_t Begin() const { return place >> kBeginShift; }
+    std::size_t ItemBegin() const { return place >> kBeginShift; }
+    std::size_t ItemSize() const { return Head() + size; }
     std::size_t Head() const { return place >> kHeadShift & kHeadMask; }
-    ByteRange Range() const { return {Begin(), size}; }
+    ByteRange Range() const { return {ItemBegin() + Head(), size}; }
     bool IsPresent() const { return (place & kPresent) != 0; }
-    bool IsNull() const { return (place & kNull) != 0; }
-    void SetNull(bool isNull) { place = isNull ? place | kNull : place & ~kNull; }
-    /// The item is that of a null.
     bool IsNullItem() const { return (place & kNullItem) != 0; }
     /// The item is there, and is what is to be written.
-    bool IsItem() const { return (place & kHeadMask << kHeadShift) != 0 && IsNull() == IsNullItem(); }
+    bool IsReady() const { return (place & kReady) != 0; }
+    bool IsNull() const { return (place & kNull) != 0; }
+    void SetNull(bool isNull) {
+      place = isNull ? place | kNull : place & ~kNull;
+      place = Head() != 0 && isNull == IsNullItem() ? place | kReady : place & ~kReady;
+    }
     /// Without a value, but null as before.
     void Erase() {
       place &= kNull;
@@ -162,7 +182,7 @@ class QZRecordImpl {
     std::uint64_t size = 0;
 
    private:
-    static constexpr std::uint64_t kPresent = 1, kNull = 2, kNullItem = 4, kNulls = kNull | kNullItem;
+    static constexpr std::uint64_t kPresent = 1, kNull = 2, kNullItem = 4, kReady = 8;
     static constexpr std::uint64_t kHeadMask = 0xFF;
     static constexpr int kHeadShift = 8, kBeginShift = 16;
 
@@ -175,6 +195,9 @@ class QZRecordImpl {
     std::size_t pos;
     unsigned int idx;
   };
+  /// An index is a positive number; one that isn't comes from damaged bytes only.
+  static bool IsBelow0(unsigned int idx) { return static_cast<int>(idx) < 0; }
+  std::size_t FindByMeta(const QZFieldBase& field) const;
   Target FindTarget(const QZFieldBase& field) const;
   std::size_t SetFieldEntry(const QZFieldBase& field, Target target, bool isNull);
   std::size_t PutField(std::size_t pos, const QZFieldBase& field, const std::string& name, unsigned int idx);
@@ -198,23 +221,39 @@ class QZRecordImpl {
   // Reading.
   bool ReadSections(Reading& reading);
   bool ReadVersion(QZReadBuffer& in, Reading& reading);
-  void ClearForReading();
+  /// Clears all but the fields and the places of their values.
+  void ClearForReading() {
+    if (HasDecoded() || HasMore()) ClearMore();
+    block.Clear();
+    storedSize = 0;
+    verbatim = false;
+    wasted = 0;
+  }
+  /// Whether there is something besides fields, their bytes and what is decoded.
+  bool HasMore() const {
+    return !strays.empty() || !recordMeta.IsEmpty() || !children.empty() || !unknownSections.empty();
+  }
+  void ClearMore();
   bool ReadExpected(Reading& reading);
   bool ReadExpectedMeta(Reading& reading);
+  void UseLastRead();
   bool ReadRecordItem(QZByteSlice item);
   bool FieldsFromBytes(QZReadBuffer& in, Reading& reading);
   void UseFields(std::vector<FieldList::Entry>&& entries, Reading& reading);
   bool MetaFromBytes(QZReadBuffer& in, Reading& reading);
   void UseFieldMeta(const std::map<unsigned int, QZFieldMeta>& metas, QZByteSlice items, Reading& reading);
   bool DataFromBytes(QZReadBuffer& in, Reading& reading);
-  bool ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls);
+  bool ReadItems(QZByteSlice items, Reading& reading);
+  const unsigned char* ReadShortItems(const unsigned char* at, const unsigned char* end, std::size_t& next);
+  bool ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next);
+  bool ReadSharedItems(QZByteSlice items, Reading& reading);
   bool ChildrenFromBytes(QZReadBuffer& in, Reading& reading);
 
   // Writing.
   std::vector<unsigned char> RecordMetaItem(bool withSourceID) const;
   bool HasSourceID() const { return !recordMeta.IsEmpty() && recordMeta.HasAttribute(kRecordSourceID); }
-  std::size_t DataSize() const;
   void AppendData(ByteBlock& out) const;
+  void AppendOther(ByteBlock& out, const Slot& slot, unsigned int idx) const;
   std::size_t ChildrenSize() const;
   void AppendChildren(ByteBlock& out) const;
 

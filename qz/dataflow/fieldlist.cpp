@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 #include <numeric>
 
 #include "qz/dataflow/fieldtypehandler.h"
@@ -11,6 +10,8 @@
 namespace QZDataFlow {
 
 namespace {
+
+constexpr std::uint16_t kNoShortIndex = 0x100;
 
 // Below this size a binary search is as fast as the table.
 constexpr std::size_t kSmallestTable = 4;
@@ -23,25 +24,6 @@ void AppendFieldItem(QZWriteBuffer& out, const FieldList::Entry& entry) {
 }
 
 }  // namespace
-
-std::uint64_t HashBytes(const void* data, std::size_t size) {
-  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15;
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  std::uint64_t hash = size * kMultiplier;
-  const auto mix = [&hash](std::uint64_t word) {
-    hash = (hash ^ word) * kMultiplier;
-    hash ^= hash >> 32;
-  };
-  std::uint64_t word;
-  for (; size > 8; size -= 8, bytes += 8) {
-    std::memcpy(&word, bytes, 8);
-    mix(word);
-  }
-  word = 0;
-  std::memcpy(&word, bytes, size);
-  mix(word);
-  return hash;
-}
 
 void AppendMetaItem(QZWriteBuffer& out, unsigned int idx, const QZMeta& meta) {
   out.WriteInt(idx);
@@ -84,15 +66,6 @@ std::size_t FieldList::PlaceFor(std::string_view name) const {
 std::size_t FieldList::Search(std::string_view name) const {
   const std::size_t pos = PlaceFor(name);
   return pos < entries.size() && At(pos).GetName() == name ? pos : npos;
-}
-
-std::size_t FieldList::Lookup(std::string_view name) const {
-  const std::size_t mask = table.size() - 1;
-  for (std::size_t at = HashBytes(name.data(), name.size()) & mask;; at = (at + 1) & mask) {
-    const std::uint32_t place = table[at];
-    if (place == 0) return npos;
-    if (At(place - 1).GetName() == name) return place - 1;
-  }
 }
 
 std::size_t FieldList::FindIdx(unsigned int idx) const {
@@ -192,6 +165,10 @@ void FieldList::Freeze() {
   opening = VersionSection();
   opening.insert(opening.end(), fieldsSection.begin(), fieldsSection.end());
   opening.insert(opening.end(), metaSection.begin(), metaSection.end());
+  shortIndices.assign(entries.size() + 1, kNoShortIndex);
+  for (std::size_t pos = 0; pos < indices.size(); ++pos) {
+    if (indices[pos] < BufferImpl::kNone) shortIndices[pos] = static_cast<std::uint16_t>(indices[pos]);
+  }
   byIdx = ByIdx();
   if (entries.size() >= kSmallestTable) MakeTable();
   frozen = true;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +13,30 @@
 #include "qz/dataflow/writebuffer.h"
 
 namespace QZDataFlow {
+
+/// The hash of some bytes, a name for instance: all of them count, up to eight at a time.
+inline std::uint64_t HashBytes(const void* data, std::size_t size) {
+  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15;
+  const auto* bytes = static_cast<const unsigned char*>(data);
+  std::uint64_t hash = size * kMultiplier;
+  std::uint64_t word;
+  for (; size > 8; size -= 8, bytes += 8) {
+    std::memcpy(&word, bytes, 8);
+    hash = (hash ^ word) * kMultiplier;
+    hash ^= hash >> 32;
+  }
+  // The last ones by two overlapping words, without a loop.
+  if (size >= 4) {
+    std::uint32_t first, last;
+    std::memcpy(&first, bytes, 4);
+    std::memcpy(&last, bytes + (size - 4), 4);
+    word = std::uint64_t{first} << 32 | last;
+  } else {
+    word = size == 0 ? 0 : bytes[0] | bytes[size / 2] << 8 | bytes[size - 1] << 16;
+  }
+  hash = (hash ^ word) * kMultiplier;
+  return hash ^ hash >> 32;
+}
 
 /// The fields of a record in ascending order of name, each with its index.
 ///
@@ -42,8 +67,12 @@ class FieldList {
   /// The indices of all fields, in order of name.
   const unsigned int* Indices() const { return indices.data(); }
 
+  /// In a frozen list, the indices as they stand in one byte of the stored form, in order of name; a number above 255
+  /// for one that takes more bytes, and behind the last.
+  const std::uint16_t* ShortIndices() const { return shortIndices.data(); }
+
   /// The place of the field of that name, or npos.
-  std::size_t Find(std::string_view name) const { return table.empty() ? Search(name) : Lookup(name); }
+  std::size_t Find(const std::string& name) const { return table.empty() ? Search(name) : Lookup(name); }
   /// The place where a field of that name belongs.
   std::size_t PlaceFor(std::string_view name) const;
   /// The place of the first field with that index, or npos.
@@ -82,7 +111,7 @@ class FieldList {
  private:
   bool SplitsTheSame() const;
   std::size_t Search(std::string_view name) const;
-  std::size_t Lookup(std::string_view name) const;
+  std::size_t Lookup(const std::string& name) const;
   void MakeTable();
   void Recount();
 
@@ -92,7 +121,8 @@ class FieldList {
   bool sharesIndices = false;
 
   bool frozen = false;
-  bool hasColons = false;            // a type name has a colon, at which it may split
+  bool hasColons = false;  // a type name has a colon, at which it may split
+  std::vector<std::uint16_t> shortIndices;
   std::vector<std::uint32_t> byIdx;  // see ByIdx
   std::vector<std::uint32_t> table;  // places plus 1 by the hash of the name, 0 for none; linear probing
   std::vector<unsigned char> fieldsSection;
@@ -101,8 +131,16 @@ class FieldList {
   std::vector<unsigned char> opening;
 };
 
-/// The hash of a name: all of its bytes, eight at a time.
-std::uint64_t HashBytes(const void* data, std::size_t size);
+inline std::size_t FieldList::Lookup(const std::string& name) const {
+  const std::uint32_t* const places = table.data();
+  const std::size_t mask = table.size() - 1;
+  for (std::size_t at = HashBytes(name.data(), name.size()) & mask;; at = (at + 1) & mask) {
+    const std::uint32_t place = places[at];
+    if (place == 0) return npos;
+    const std::string& found = entries.data()[place - 1].field->GetName();
+    if (found.size() == name.size() && std::memcmp(found.data(), name.data(), name.size()) == 0) return place - 1;
+  }
+}
 
 /// Appends the item of a field, or with the index 0 of the record, to the section "meta".
 void AppendMetaItem(QZWriteBuffer& out, unsigned int idx, const QZMeta& meta);

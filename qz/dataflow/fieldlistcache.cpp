@@ -112,7 +112,7 @@ void KeepMeta(const List& from, const List& to) {
   if (Takes(*to)) Keep(Kind::Meta, from, to, to->MetaItems().data(), to->MetaItems().size());
 }
 
-List FindPut(const FieldList* from, std::string_view name, unsigned int idx, const QZFieldBase& field,
+List FindPut(const FieldList* from, const std::string& name, unsigned int idx, const QZFieldBase& field,
              bool (*same)(const QZFieldBase&, const QZFieldBase&), std::size_t& pos) {
   Place* const place = FindFilled(Kind::Put, from, name.data(), name.size());
   if (place == nullptr || place->to->Idx(place->pos) != idx) return nullptr;
@@ -127,12 +127,12 @@ void KeepPut(const List& from, const List& to, std::size_t pos) {
   if (Takes(*to)) Keep(Kind::Put, from, to, name.data(), name.size(), pos);
 }
 
-List FindRemoval(const FieldList* from, std::string_view name) {
+List FindRemoval(const FieldList* from, const std::string& name) {
   Place* const place = FindFilled(Kind::Removal, from, name.data(), name.size());
   return place != nullptr && place->to->Find(name) == FieldList::npos ? place->to : nullptr;
 }
 
-void KeepRemoval(const List& from, const List& to, std::string_view name) {
+void KeepRemoval(const List& from, const List& to, const std::string& name) {
   if (Takes(*to)) Keep(Kind::Removal, from, to, name.data(), name.size());
 }
 

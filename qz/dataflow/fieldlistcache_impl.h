@@ -1,7 +1,7 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
+#include <string>
 
 #include "qz/dataflow/fieldlist_impl.h"
 #include "qz/dataflow/readbuffer.h"
@@ -27,13 +27,13 @@ void KeepMeta(const List& from, const List& to);
 
 /// The list that `from` becomes when the field is put under its name with this index, and its place there; `same`
 /// decides whether the field found there is that field.
-List FindPut(const FieldList* from, std::string_view name, unsigned int idx, const QZFieldBase& field,
+List FindPut(const FieldList* from, const std::string& name, unsigned int idx, const QZFieldBase& field,
              bool (*same)(const QZFieldBase&, const QZFieldBase&), std::size_t& pos);
 void KeepPut(const List& from, const List& to, std::size_t pos);
 
 /// The list that `from` becomes without the field of that name.
-List FindRemoval(const FieldList* from, std::string_view name);
-void KeepRemoval(const List& from, const List& to, std::string_view name);
+List FindRemoval(const FieldList* from, const std::string& name);
+void KeepRemoval(const List& from, const List& to, const std::string& name);
 
 /// The most fields of a list that is kept.
 inline constexpr std::size_t kMostFields = 64;

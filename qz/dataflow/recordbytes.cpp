@@ -37,12 +37,35 @@ constexpr std::string_view kChildrenName = "children";
 
 std::size_t IntSize(std::size_t value) { return QZWriteBuffer::IntSize(static_cast<long>(value)); }
 
-/// The size of a section with that much content, which isn't there without any.
-std::size_t SectionSize(std::string_view name, std::size_t contentSize) {
-  return contentSize == 0 ? 0 : 1 + name.size() + IntSize(contentSize) + contentSize;
-}
+// The most bytes of the names and lengths before the values, with a good deal to spare.
+constexpr std::size_t kMostHeads = 128;
 
-/// Begins a wrapper. The name is shorter than 128 bytes.
+/// Puts bytes before those that it put last.
+class FrontWriter {
+ public:
+  explicit FrontWriter(unsigned char* behind) : at(behind) {}
+
+  unsigned char* Position() const { return at; }
+  void Put(const void* bytes, std::size_t size) {
+    at -= size;
+    std::memcpy(at, bytes, size);
+  }
+  void Put(const Bytes& bytes) {
+    if (!bytes.empty()) Put(bytes.data(), bytes.size());
+  }
+  /// Puts the name of a wrapper, which is shorter than 128 bytes, and the length of its content.
+  void PutHead(std::string_view name, std::size_t contentSize) {
+    unsigned char length[QZWriteBuffer::kMaxIntSize];
+    Put(length, QZWriteBuffer::EncodeInt(static_cast<long>(contentSize), length));
+    Put(name.data(), name.size());
+    *--at = static_cast<unsigned char>(name.size());
+  }
+
+ private:
+  unsigned char* at;
+};
+
+/// Begins a wrapper behind what is there.
 void AppendHead(ByteBlock& out, std::string_view name, std::size_t contentSize) {
   unsigned char* const at = out.Extend(1 + name.size());
   at[0] = static_cast<unsigned char>(name.size());
@@ -50,54 +73,39 @@ void AppendHead(ByteBlock& out, std::string_view name, std::size_t contentSize) 
   out.AppendInt(contentSize);
 }
 
-void Append(ByteBlock& out, const Bytes& bytes) { out.Append(bytes.data(), bytes.size()); }
-
 }  // namespace
 
-QZByteSlice QZRecordImpl::Encode() {
-  if (verbatim) return {block.data(), storedSize};
-  spare.Clear();
-  AppendTo(spare, true);
-  return {spare.data(), spare.size()};
-}
-
-void QZRecordImpl::AppendTo(ByteBlock& out, bool withSourceID) {
-  if (verbatim && (withSourceID || !HasSourceID())) {
-    out.Append(block.data(), storedSize);
-    return;
-  }
+// Each length stands before what it measures, and takes more bytes the larger it is. So the content of a section is
+// written first, behind as much room as could be needed, and then what stands before it, from the back to the front.
+QZByteSlice QZRecordImpl::Encode(bool withSourceID) {
+  if (verbatim && (withSourceID || !HasSourceID())) return {block.data(), storedSize};
   FreezeList();
-  const Bytes& fieldItems = list->MetaItems();
   const Bytes recordItem = RecordMetaItem(withSourceID);
-  const std::size_t metaSize = fieldItems.size() + recordItem.size();
-  const std::size_t dataSize = DataSize();
-  const std::size_t childrenSize = ChildrenSize();
-  std::size_t size = recordItem.empty()
-                         ? list->Opening().size()
-                         : VersionSection().size() + list->FieldsSection().size() + SectionSize(kMetaName, metaSize);
-  size += SectionSize(kDataName, dataSize) + SectionSize(kChildrenName, childrenSize);
-  for (const ByteRange& section : unknownSections) size += section.size;
+  const std::size_t room = kMostHeads + list->Opening().size() + recordItem.size();
+  spare.Clear();
+  spare.Extend(room);
+  AppendData(spare);
+  const std::size_t dataSize = spare.size() - room;
+  if (const std::size_t size = ChildrenSize(); size != 0) {
+    AppendHead(spare, kChildrenName, size);
+    AppendChildren(spare);
+  }
+  for (const ByteRange& section : unknownSections) spare.Append(block.data() + section.begin, section.size);
 
-  out.Reserve(SectionSize(kRecordName, size));
-  AppendHead(out, kRecordName, size);
+  FrontWriter front(spare.data() + room);
+  if (dataSize != 0) front.PutHead(kDataName, dataSize);
   if (recordItem.empty()) {
-    Append(out, list->Opening());
+    front.Put(list->Opening());
   } else {
-    Append(out, VersionSection());
-    Append(out, list->FieldsSection());
-    AppendHead(out, kMetaName, metaSize);
-    Append(out, fieldItems);
-    Append(out, recordItem);
+    front.Put(recordItem);
+    front.Put(list->MetaItems());
+    front.PutHead(kMetaName, recordItem.size() + list->MetaItems().size());
+    front.Put(list->FieldsSection());
+    front.Put(VersionSection());
   }
-  if (dataSize != 0) {
-    AppendHead(out, kDataName, dataSize);
-    AppendData(out);
-  }
-  if (childrenSize != 0) {
-    AppendHead(out, kChildrenName, childrenSize);
-    AppendChildren(out);
-  }
-  for (const ByteRange& section : unknownSections) out.Append(block.data() + section.begin, section.size);
+  const unsigned char* const end = spare.data() + spare.size();
+  front.PutHead(kRecordName, static_cast<std::size_t>(end - front.Position()));
+  return {front.Position(), static_cast<std::size_t>(end - front.Position())};
 }
 
 /// The metadata item of the record itself; nothing if there is no metadata.
@@ -110,54 +118,39 @@ Bytes QZRecordImpl::RecordMetaItem(bool withSourceID) const {
   return item.Get();
 }
 
-std::size_t QZRecordImpl::DataSize() const {
-  std::size_t size = 0;
+/// Items that stand in the block as they are to be written, one after the other, go out in one piece.
+void QZRecordImpl::AppendData(ByteBlock& out) const {
   const unsigned int* idx = list->Indices();
+  std::size_t begin = 0;
+  std::size_t end = 0;
   for (const Slot& slot : slots) {
-    if (slot.IsItem()) {
-      size += slot.Head() + slot.size;
-    } else if (slot.IsNull()) {
-      size += IntSize(*idx) + 1;
-    } else {
-      ByteRange value;
-      if (FindValue(slot, *idx, value)) size += IntSize(*idx) + IntSize(value.size) + value.size;
+    if (slot.IsReady()) {
+      if (slot.ItemBegin() != end) {
+        out.Append(block.data() + begin, end - begin);
+        begin = slot.ItemBegin();
+        end = begin;
+      }
+      end += slot.ItemSize();
+    } else if (slot.IsNull() || slot.IsPresent() || !strays.empty()) {
+      out.Append(block.data() + begin, end - begin);
+      begin = end;
+      AppendOther(out, slot, *idx);
     }
     ++idx;
   }
-  return size;
+  out.Append(block.data() + begin, end - begin);
 }
 
-/// Items that stand in the block as they are to be written, one after the other, go out in one piece.
-void QZRecordImpl::AppendData(ByteBlock& out) const {
-  ByteRange run;
-  const auto end = [this, &out, &run] {
-    out.Append(block.data() + run.begin, run.size);
-    run.size = 0;
-  };
-  const unsigned int* idx = list->Indices();
-  for (const Slot& slot : slots) {
-    const unsigned int number = *idx++;
-    if (slot.IsItem()) {
-      const std::size_t begin = slot.Begin() - slot.Head();
-      if (run.begin + run.size != begin) {
-        end();
-        run.begin = begin;
-      }
-      run.size += slot.Head() + slot.size;
-      continue;
-    }
-    ByteRange value;
-    if (!slot.IsNull() && !FindValue(slot, number, value)) continue;
-    end();
-    out.AppendInt(std::size_t{number});
-    if (slot.IsNull()) {
-      *out.Extend(1) = BufferImpl::kNone;
-    } else {
-      out.AppendInt(value.size);
-      out.Append(block.data() + value.begin, value.size);
-    }
+void QZRecordImpl::AppendOther(ByteBlock& out, const Slot& slot, unsigned int idx) const {
+  ByteRange value;
+  if (slot.IsNull()) {
+    out.AppendInt(std::size_t{idx});
+    *out.Extend(1) = BufferImpl::kNone;
+  } else if (FindValue(slot, idx, value)) {
+    out.AppendInt(std::size_t{idx});
+    out.AppendInt(value.size);
+    out.Append(block.data() + value.begin, value.size);
   }
-  end();
 }
 
 std::size_t QZRecordImpl::ChildrenSize() const {

@@ -52,13 +52,6 @@ void DisplaceOptions(FieldList& list, const QZFieldBase& field) {
   }
 }
 
-/// An index is a positive number; one that isn't comes from damaged bytes only.
-bool IsBelow0(unsigned int idx) { return static_cast<int>(idx) < 0; }
-
-bool EndsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
-
 }  // namespace
 
 QZFieldBase QZRecordImpl::MakeFieldBase(const std::string& name, const std::string& typeName, const QZFieldMeta& meta,
@@ -75,25 +68,13 @@ QZFieldBase QZRecordImpl::GetFieldBase(const std::string& name) const {
   return pos == FieldList::npos ? QZFieldBase() : list->At(pos);
 }
 
-bool QZRecordImpl::TypesAgree(const QZFieldBase& entry, const QZFieldBase& field) {
-  return EndsWith(entry.type, field.type);
-}
-
-std::size_t QZRecordImpl::FindKey(const QZFieldBase& field) const {
-  if (field.matchByMeta) {
-    const std::string typeName = field.GetTypeName();
-    for (std::size_t pos = 0; pos < list->Size(); ++pos) {
-      const QZFieldBase& entry = list->At(pos);
-      if (entry.GetTypeName() == typeName && field.meta.IsSubsetOf(entry.meta)) return pos;
-    }
+std::size_t QZRecordImpl::FindByMeta(const QZFieldBase& field) const {
+  const std::string typeName = field.GetTypeName();
+  for (std::size_t pos = 0; pos < list->Size(); ++pos) {
+    const QZFieldBase& entry = list->At(pos);
+    if (entry.GetTypeName() == typeName && field.meta.IsSubsetOf(entry.meta)) return pos;
   }
   return list->Find(field.name);
-}
-
-std::size_t QZRecordImpl::FindField(const QZFieldBase& field) const {
-  const std::size_t pos = FindKey(field);
-  const bool found = pos != FieldList::npos && TypesAgree(list->At(pos), field) && !IsBelow0(list->Idx(pos));
-  return found ? pos : FieldList::npos;
 }
 
 QZRecordImpl::Target QZRecordImpl::FindTarget(const QZFieldBase& field) const {

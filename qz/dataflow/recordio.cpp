@@ -4,6 +4,7 @@
 
 #include "qz/dataflow/datarecord_impl.h"
 #include "qz/dataflow/recordjson.h"
+#include "qz/dataflow/recordsections_impl.h"
 #include "qz/dataflow/recordunloading_impl.h"
 #include "qz/system/frame/error.h"
 
@@ -25,9 +26,9 @@ constexpr std::size_t kReadStep = std::size_t{1} << 20;
 
 constexpr unsigned long kNoSize = ~0UL;
 
-bool IsBinary(const std::string& format) { return format == "binary" || format == "qzb"; }
+bool IsBinary(std::string_view format) { return format == "binary" || format == "qzb"; }
 
-bool IsJSON(const std::string& format) { return format == "json"; }
+bool IsJSON(std::string_view format) { return format == "json"; }
 
 bool ReportDamage() {
   QZThrow.Warning(kDamaged);
@@ -67,18 +68,17 @@ bool TakeBytes(qzistream& in, ByteBlock& out, unsigned long count) {
   return true;
 }
 
-/// Takes a record that stands in the stream's buffer whole, with its lengths as a writer puts them.
+/// Takes a record that stands in the stream's buffer whole, as a writer puts it, if its content has up to 32767 bytes.
 bool TakeBuffered(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
+  constexpr std::size_t kLongestLength = 3;
   const std::string_view ready = in.buffered();
   const auto* const data = reinterpret_cast<const unsigned char*>(ready.data());
-  if (ready.empty() || data[0] == 0 || data[0] >= kNameLimit || ready.size() < 2u + data[0]) return false;
-  const std::size_t nameEnd = std::size_t{1} + data[0];
-  QZReadBuffer rest(data + nameEnd, ready.size() - nameEnd);
-  bool none;
-  const unsigned long size = rest.ReadLength(none);
-  if (none || size > rest.Remaining()) return false;
-  contentAt = ready.size() - rest.Remaining();
-  if (contentAt != nameEnd + QZWriteBuffer::IntSize(static_cast<long>(size))) return false;
+  if (ready.size() < kRecordStart.size() + kLongestLength || !BeginsWith(data, ready.size(), kRecordStart))
+    return false;
+  std::size_t size = 0;
+  const std::size_t head = DecodeShortLength(data + kRecordStart.size(), size);
+  contentAt = kRecordStart.size() + head;
+  if (head == 0 || size > ready.size() - contentAt) return false;
   out.Trim(contentAt + size);
   out.Clear();
   out.Append(data, contentAt + size);
@@ -127,8 +127,9 @@ void PutOnOneLine(std::string& document) {
 
 bool QZWriteRecord(qzostream& out, const QZRecord& record, const std::string& format) {
   if (IsBinary(format)) {
-    RecordUnloading::All(record);
-    const QZByteSlice bytes = QZRecordImpl::Of(record).Encode();
+    QZRecordImpl& impl = QZRecordImpl::Of(record);
+    if (impl.HasDecoded()) RecordUnloading::All(record);
+    const QZByteSlice bytes = impl.Encode();
     out.write(bytes.data, bytes.size);
     return true;
   }

@@ -33,7 +33,10 @@ Known MakeHeads(const FieldList& list) {
     QZJSONTextWriter out;
     out.Open(heads->empty() ? "{" : ",{");
     WriteFieldHead(out, list.At(pos), list.Idx(pos));
-    heads->push_back({pos, QZGetFieldKind(list.At(pos).GetType()), out.Take()});
+    const std::size_t headSize = out.Here().size;
+    const QZFieldKind kind = QZGetFieldKind(list.At(pos).GetType());
+    if (kind != QZFieldKind::Other) out.Raw(",\"value\":");
+    heads->push_back({pos, kind, out.Take(), headSize});
   }
   return {list.FieldsSection(), list.MetaItems(), std::move(heads)};
 }

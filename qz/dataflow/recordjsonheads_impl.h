@@ -16,9 +16,10 @@ void WriteFieldHead(QZJSONTextWriter& out, const QZFieldBase& field, unsigned in
 
 /// What the document of a record says of its fields apart from their values, in the order of their indices.
 struct FieldHead {
-  std::size_t pos;   // the place in the list
-  QZFieldKind kind;  // of the value
-  std::string text;  // all from the comma or bracket before the field to its value
+  std::size_t pos;       // the place in the list
+  QZFieldKind kind;      // of the value
+  std::string text;      // all from the bracket before the field to its value, for a built-in type with the key "value"
+  std::size_t headSize;  // of it without that key, before which the child records stand
 };
 using FieldHeads = std::vector<FieldHead>;
 

@@ -152,26 +152,25 @@ void PutBuiltIn(QZJSONTextWriter& out, QZFieldKind kind, QZByteSlice bytes, Hole
   }
 }
 
-/// The member "value" of a type that somebody registered; none for a type that nobody did.
-void WriteRegisteredValue(QZJSONTextWriter& out, const std::string& type, QZByteSlice bytes) {
+/// The member "value" of a type that isn't built in: what its handler makes of it, or none without a handler.
+void PutRegistered(QZJSONTextWriter& out, const QZRecordImpl& impl, std::size_t pos, QZByteSlice bytes) {
+  if (impl.IsNullAt(pos)) return out.Raw(",\"value\":null");
+  const std::string& type = impl.Fields().At(pos).GetType();
   const QZFieldTypeHandler* const handler = QZFieldTypeHandlerRegistry::GetInstance().GetHandler(type);
   if (handler == nullptr) return;
   out.Raw(",\"value\":");
   PutDocument(out, handler->BytesToJSON(std::vector<unsigned char>(bytes.data, bytes.data + bytes.size)));
 }
 
-/// The member "value" of the field at `pos`, which is of that kind.
+/// The value of the field at `pos`, which is of that kind; behind the key for a built-in type.
 void WriteJSONValue(QZJSONTextWriter& out, const QZRecordImpl& impl, std::size_t pos, QZFieldKind kind, Holes& holes) {
-  if (impl.IsNullAt(pos)) {
-    out.Raw(",\"value\":null");
-    return;
-  }
   QZByteSlice bytes;
   if (!impl.GetSliceAt(pos, bytes)) bytes = {};
   if (kind == QZFieldKind::Other) {
-    WriteRegisteredValue(out, impl.Fields().At(pos).GetType(), bytes);
+    PutRegistered(out, impl, pos, bytes);
+  } else if (impl.IsNullAt(pos)) {
+    out.Null();
   } else {
-    out.Raw(",\"value\":");
     PutBuiltIn(out, kind, bytes, holes);
   }
 }
@@ -195,36 +194,42 @@ bool HasChildBytes(const QZRecordImpl& impl, unsigned int idx) {
   return impl.FindChildBytes(idx, bytes) && bytes.size != 0;
 }
 
-/// The members of a field behind its head, and its end.
-void WriteFieldBody(QZJSONTextWriter& out, const QZRecord& record, std::size_t pos, QZFieldKind kind, Holes& holes) {
-  const QZRecordImpl& impl = QZRecordImpl::Of(record);
-  const FieldList& fields = impl.Fields();
-  if (HasChildBytes(impl, fields.Idx(pos))) WriteChildren(out, record, fields.At(pos), holes);
-  WriteJSONValue(out, impl, pos, kind, holes);
-  out.Close("}");
-}
-
 /// All fields, in the order of their indices.
 void WriteFields(QZJSONTextWriter& out, const QZRecord& record, Holes& holes) {
-  const FieldList& fields = QZRecordImpl::Of(record).Fields();
+  const QZRecordImpl& impl = QZRecordImpl::Of(record);
+  const FieldList& fields = impl.Fields();
   bool first = true;
   for (const std::size_t pos : fields.ByIdx()) {
+    const QZFieldKind kind = QZGetFieldKind(fields.At(pos).GetType());
     out.Open(first ? "{" : ",{");
     first = false;
     WriteFieldHead(out, fields.At(pos), fields.Idx(pos));
-    WriteFieldBody(out, record, pos, QZGetFieldKind(fields.At(pos).GetType()), holes);
+    if (HasChildBytes(impl, fields.Idx(pos))) WriteChildren(out, record, fields.At(pos), holes);
+    if (kind != QZFieldKind::Other) out.Raw(",\"value\":");
+    WriteJSONValue(out, impl, pos, kind, holes);
+    out.Close("}");
   }
 }
 
 /// The same for the outermost record, which is far from the limit of brackets.
 void WriteFields(QZJSONTextWriter& out, const QZRecord& record, const FieldHeads& heads, Holes& holes) {
+  const QZRecordImpl& impl = QZRecordImpl::Of(record);
+  const FieldList& fields = impl.Fields();
   for (const FieldHead& head : heads) {
-    out.Open(head.text);
-    WriteFieldBody(out, record, head.pos, head.kind, holes);
+    if (HasChildBytes(impl, fields.Idx(head.pos))) {
+      out.Open(std::string_view(head.text).substr(0, head.headSize));
+      WriteChildren(out, record, fields.At(head.pos), holes);
+      out.Raw(std::string_view(head.text).substr(head.headSize));
+    } else {
+      out.Open(head.text);
+    }
+    WriteJSONValue(out, impl, head.pos, head.kind, holes);
+    out.Close("}");
   }
 }
 
 void WriteSourceID(QZJSONTextWriter& out, const QZRecord& record) {
+  if (QZRecordImpl::Of(record).RecordMeta().IsEmpty()) return;
   const std::string id = record.GetSourceID();
   if (id.empty()) return;
   out.Raw(",\"source id\":");

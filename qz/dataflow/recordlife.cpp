@@ -97,17 +97,12 @@ void QZRecordImpl::Clear() {
   slots.clear();
 }
 
-/// Clears all but the fields and the places of their values.
-void QZRecordImpl::ClearForReading() {
+void QZRecordImpl::ClearMore() {
   ClearChildCache();
   ClearCache();
-  block.Clear();
-  storedSize = 0;
-  verbatim = false;
-  wasted = 0;
-  if (!strays.empty()) strays.clear();
-  if (!recordMeta.IsEmpty()) recordMeta.Clear();
-  if (!children.empty()) children.clear();
+  strays.clear();
+  recordMeta.Clear();
+  children.clear();
   unknownSections.clear();
 }
 

@@ -47,8 +47,9 @@ using Bytes = std::vector<unsigned char>;
 constexpr int kVersionPlace = 1, kFieldsPlace = 2, kMetaPlace = 3, kDataPlace = 4, kChildrenPlace = 5,
               kUnknownPlace = 6;
 
-// How a section "meta" begins.
+// How these sections begin.
 constexpr std::array<unsigned char, 5> kMetaStart{4, 'm', 'e', 't', 'a'};
+constexpr std::array<unsigned char, 5> kDataStart{4, 'd', 'a', 't', 'a'};
 
 int PlaceOf(std::string_view section) {
   if (section == "data") return kDataPlace;
@@ -61,8 +62,7 @@ int PlaceOf(std::string_view section) {
 
 QZByteSlice Rest(const QZReadBuffer& in) { return {in.Position(), in.Remaining()}; }
 
-template <class Head>
-bool StartsWith(QZByteSlice bytes, const Head& head) {
+bool StartsWith(QZByteSlice bytes, const Bytes& head) {
   return bytes.size >= head.size() && (head.empty() || std::memcmp(bytes.data, head.data(), head.size()) == 0);
 }
 
@@ -73,10 +73,10 @@ bool TakeExact(QZReadBuffer& in, const Bytes& expected) {
   return true;
 }
 
+std::size_t IntSize(std::size_t value) { return QZWriteBuffer::IntSize(static_cast<long>(value)); }
+
 /// The size of a wrapper's name and length as a writer puts them.
-std::size_t HeadSize(std::string_view name, std::size_t contentSize) {
-  return 1 + name.size() + QZWriteBuffer::IntSize(static_cast<long>(contentSize));
-}
+std::size_t HeadSize(std::string_view name, std::size_t contentSize) { return 1 + name.size() + IntSize(contentSize); }
 
 /// What the standard conversion from text to `int` makes of one part of the version: blanks, a sign and digits, and
 /// anything behind them. False where it raises an error.
@@ -136,6 +136,22 @@ Meta ReadMeta(QZReadBuffer& in) {
   return meta;
 }
 
+/// Finds the values of a record that has this opening, the section "data" of up to 32767 bytes and nothing else: what
+/// most records are.
+inline bool TakeExpectedItems(QZByteSlice content, const Bytes& opening, QZByteSlice& items) {
+  constexpr std::size_t kLongestLength = 3;
+  if (!StartsWith(content, opening)) return false;
+  const unsigned char* at = content.data + opening.size();
+  std::size_t left = content.size - opening.size();
+  if (left < kDataStart.size() + kLongestLength || !BeginsWith(at, left, kDataStart)) return false;
+  at += kDataStart.size();
+  left -= kDataStart.size();
+  std::size_t size = 0;
+  const std::size_t head = DecodeShortLength(at, size);
+  items = {at + head, size};
+  return head != 0 && size != 0 && size == left - head;
+}
+
 /// Whether these bytes are what stands in a section behind its name and length.
 bool IsContentOf(QZByteSlice content, const Bytes& section) {
   return section.size() > content.size && content.size != 0 &&
@@ -170,19 +186,33 @@ bool QZRecordImpl::FromBytes(const unsigned char* data, std::size_t size) {
 bool QZRecordImpl::FromIncoming(std::size_t contentAt) {
   ClearForReading();
   block.Swap(spare);
-  const std::size_t contentSize = block.size() - contentAt;
-  Reading reading(*this);
-  reading.content = QZReadBuffer(block.data() + contentAt, contentSize);
-  reading.plain = IsRecordHead({block.data(), contentAt}, contentSize);
-  if (!ReadExpected(reading)) {
-    reading.hasOldValues = false;
-    slots.clear();
-    UseList(nullptr);
-  }
-  const bool whole = ReadSections(reading);
   storedSize = block.size();
+  const QZByteSlice content{block.data() + contentAt, block.size() - contentAt};
+  Reading reading(*this);
+  reading.plain = IsRecordHead({block.data(), contentAt}, content.size);
+  QZByteSlice items;
+  bool whole = true;
+  if (lastRead && TakeExpectedItems(content, lastRead->Opening(), items) && lastRead->SplitsAsBefore()) {
+    UseLastRead();
+    reading.section = kDataPlace;
+    whole = ReadItems(items, reading);
+  } else {
+    reading.content = QZReadBuffer(content.data, content.size);
+    if (!ReadExpected(reading)) {
+      reading.hasOldValues = false;
+      slots.clear();
+      UseList(nullptr);
+    }
+    whole = ReadSections(reading);
+  }
   verbatim = whole && reading.plain;
   return whole;
+}
+
+/// Uses the list that was used last. The slots keep the values of the record before.
+void QZRecordImpl::UseLastRead() {
+  if (slots.size() != lastRead->Size()) slots.resize(lastRead->Size());
+  if (list != lastRead.get()) UseList(lastRead);
 }
 
 /// Reads the sections before the values, if they are what they were in the record that was read last.
@@ -199,8 +229,7 @@ bool QZRecordImpl::ReadExpected(Reading& reading) {
     reading.section = kFieldsPlace;
   }
   if ((reading.section == kMetaPlace || ReadExpectedMeta(reading)) && lastRead->SplitsAsBefore()) {
-    slots.resize(lastRead->Size());
-    if (list != lastRead.get()) UseList(lastRead);
+    UseLastRead();
     return true;
   }
   reading.content = before;
@@ -212,7 +241,7 @@ bool QZRecordImpl::ReadExpected(Reading& reading) {
 /// The same for the metadata of the fields, behind which that of the record may stand.
 bool QZRecordImpl::ReadExpectedMeta(Reading& reading) {
   const Bytes& items = lastRead->MetaItems();
-  if (items.empty() && !StartsWith(Rest(reading.content), kMetaStart)) return true;
+  if (items.empty() && !BeginsWith(reading.content.Position(), reading.content.Remaining(), kMetaStart)) return true;
   QZReadBuffer in = reading.content;
   std::string_view name;
   QZReadBuffer section;
@@ -394,70 +423,105 @@ void QZRecordImpl::UseFieldMeta(const std::map<unsigned int, QZFieldMeta>& metas
   FieldListCache::KeepMeta(from, shared);
 }
 
-bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) {
-  const unsigned char* const base = block.data();
-  const unsigned char* at = in.Position();
-  const unsigned char* const end = at + in.Remaining();
-  const unsigned int* const indices = list->Indices();
-  const std::size_t expected = reading.plain && !list->SharesIndices() ? slots.size() : 0;
-  Slot* const places = slots.data();
+bool QZRecordImpl::DataFromBytes(QZReadBuffer& in, Reading& reading) { return ReadItems(Rest(in), reading); }
+
+bool QZRecordImpl::ReadItems(QZByteSlice items, Reading& reading) {
+  if (list->SharesIndices()) return ReadSharedItems(items, reading);
+  const unsigned char* at = items.data;
+  const unsigned char* const end = at + items.size;
   std::size_t next = 0;
-  std::set<unsigned int> nulls;  // indices that met a null out of their turn
-  bool whole = true;
   while (true) {
-    // The usual case: the next field, index and size in one byte each. A size of 0x80 is the null.
-    for (; next != expected && end - at >= 2; ++next) {
-      const unsigned int size = at[1];
-      const std::size_t valueSize = size & (BufferImpl::kNone - 1u);
-      if (at[0] != indices[next] || at[0] >= BufferImpl::kNone || size > BufferImpl::kNone) break;
-      if (valueSize > static_cast<std::size_t>(end - at) - 2) break;
-      places[next] = Slot(static_cast<std::size_t>(at - base) + 2, valueSize, 2, size == BufferImpl::kNone);
-      at += 2 + valueSize;
-    }
+    if (reading.plain) at = ReadShortItems(at, end, next);
     reading.ForgetValues(next);
-    if (at == end) break;
-    in = QZReadBuffer(at, static_cast<std::size_t>(end - at));
-    whole = ReadItem(in, reading, next, nulls);
-    if (!whole) break;
+    if (at == end) return true;
+    QZReadBuffer in(at, static_cast<std::size_t>(end - at));
+    if (!ReadItem(in, reading, next)) return false;
     at = end - in.Remaining();
   }
-  for (std::size_t pos = 0; !nulls.empty() && pos < slots.size(); ++pos) {
-    if (nulls.count(indices[pos]) != 0) slots[pos].SetNull(true);
+}
+
+/// Reads items as long as each is that of the next field, with an index and a size of one byte, and returns the place
+/// behind them. A size of 0x80 is the null.
+inline const unsigned char* QZRecordImpl::ReadShortItems(const unsigned char* at, const unsigned char* end,
+                                                         std::size_t& next) {
+  const unsigned char* const base = block.data();
+  const std::uint16_t* code = list->ShortIndices() + next;  // that behind the last field matches nothing
+  Slot* slot = slots.data() + next;
+  std::size_t left = static_cast<std::size_t>(end - at);
+  while (left > 1 && at[0] == *code) {
+    const auto begin = static_cast<std::size_t>(at - base);
+    const unsigned int size = at[1];
+    std::size_t itemSize = 2;
+    if (size < BufferImpl::kNone) {
+      itemSize += size;
+      if (itemSize > left) break;
+      *slot = Slot(begin, 2, size);
+    } else {
+      if (size != BufferImpl::kNone) break;
+      *slot = Slot::NullItem(begin, 2);
+    }
+    at += itemSize;
+    left -= itemSize;
+    ++slot;
+    ++code;
   }
-  return whole;
+  next = static_cast<std::size_t>(slot - slots.data());
+  return at;
 }
 
 /// Reads an item of the section "data" of any form, for the field at `next` or another. False when its length is wrong.
-bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next, std::set<unsigned int>& nulls) {
+bool QZRecordImpl::ReadItem(QZReadBuffer& in, Reading& reading, std::size_t& next) {
   const std::size_t before = in.Remaining();
   const unsigned char* const item = in.Position();
-  bool noIdx;
+  bool noIdx, none;
   const long number = in.ReadInt(noIdx);
   const unsigned int idx = static_cast<unsigned int>(number);
-  bool none;
   const unsigned long size = in.ReadLength(none);
   if (size > in.Remaining()) return false;
   const std::size_t head = before - in.Remaining();
-  const std::size_t plainHead =
-      QZWriteBuffer::IntSize(idx) + (none ? 1 : QZWriteBuffer::IntSize(static_cast<long>(size)));
-  const bool plain =
-      !noIdx && number == static_cast<long>(idx) && head == plainHead && (!none || item[head - 1] == BufferImpl::kNone);
-  const std::size_t begin = static_cast<std::size_t>(item - block.data()) + head;
+  const bool plain = !noIdx && number == static_cast<long>(idx) && head == IntSize(idx) + (none ? 1 : IntSize(size)) &&
+                     (!none || item[head - 1] == BufferImpl::kNone);
+  const std::size_t begin = static_cast<std::size_t>(item - block.data());
   in = QZReadBuffer(item + head + size, in.Remaining() - size);
 
   const bool inTurn = next < slots.size() && list->Idx(next) == idx;
   const std::size_t pos = inTurn ? next : list->FindIdx(idx);
   reading.plain = reading.plain && plain && pos != FieldList::npos && pos >= next;
-  if (pos != FieldList::npos && pos >= next) next = pos + 1;
-  if (none && list->SharesIndices()) nulls.insert(idx);
-  if (pos == FieldList::npos || list->SharesIndices()) {
-    strays[idx] = {begin, size};
-  } else {
-    const bool isNull = none || slots[pos].IsNull();
-    slots[pos] = Slot(begin, size, plain ? head : 0, none);
-    slots[pos].SetNull(isNull);
+  if (pos == FieldList::npos) {
+    strays[idx] = {begin + head, size};
+    return true;
   }
+  if (pos >= next) next = pos + 1;
+  const bool isNull = none || slots[pos].IsNull();
+  if (!plain) {
+    slots[pos] = Slot(begin + head, 0, size);
+  } else {
+    slots[pos] = none ? Slot::NullItem(begin, head) : Slot(begin, head, size);
+  }
+  slots[pos].SetNull(isNull);
   return true;
+}
+
+/// The same for a list in which fields share an index, and with it their value.
+bool QZRecordImpl::ReadSharedItems(QZByteSlice items, Reading& reading) {
+  reading.plain = false;
+  reading.ForgetValues();
+  std::set<unsigned int> nulls;
+  bool whole = true;
+  for (QZReadBuffer in(items.data, items.size); in.IsValid();) {
+    const unsigned int idx = static_cast<unsigned int>(in.ReadInt());
+    bool none;
+    const unsigned long size = in.ReadLength(none);
+    whole = size <= in.Remaining();
+    if (!whole) break;
+    strays[idx] = {static_cast<std::size_t>(in.Position() - block.data()), size};
+    in = QZReadBuffer(in.Position() + size, in.Remaining() - size);
+    if (none) nulls.insert(idx);
+  }
+  for (std::size_t pos = 0; pos < slots.size(); ++pos) {
+    if (nulls.count(list->Idx(pos)) != 0) slots[pos].SetNull(true);
+  }
+  return whole;
 }
 
 bool QZRecordImpl::ChildrenFromBytes(QZReadBuffer& in, Reading& reading) {
@@ -466,14 +530,13 @@ bool QZRecordImpl::ChildrenFromBytes(QZReadBuffer& in, Reading& reading) {
   try {
     while (in.IsValid()) {
       const unsigned char* const item = in.Position();
-      const long number = in.ReadInt();
+      bool noIdx, none;
+      const long number = in.ReadInt(noIdx);
       const unsigned int idx = static_cast<unsigned int>(number);
-      bool none;
       const QZByteSlice bytes = in.ReadSlice(none);
-      const std::size_t size =
-          QZWriteBuffer::IntSize(idx) + QZWriteBuffer::IntSize(static_cast<long>(bytes.size)) + bytes.size;
+      const std::size_t size = IntSize(idx) + IntSize(bytes.size) + bytes.size;
       const bool ascends = children.empty() || children.rbegin()->first < idx;
-      if (none || number != static_cast<long>(idx) || !ascends ||
+      if (none || noIdx || number != static_cast<long>(idx) || !ascends ||
           static_cast<std::size_t>(in.Position() - item) != size)
         reading.plain = false;
       children[idx] = none ? ByteRange() : ByteRange{static_cast<std::size_t>(bytes.data - block.data()), bytes.size};

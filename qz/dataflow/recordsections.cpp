@@ -1,9 +1,6 @@
 #include "qz/dataflow/recordsections_impl.h"
 
-#include <cstring>
 #include <string>
-
-#include "qz/dataflow/writebuffer.h"
 
 namespace QZDataFlow {
 
@@ -16,12 +13,6 @@ const std::vector<unsigned char>& VersionSection() {
     return bytes;
   }();
   return *section;
-}
-
-bool IsRecordHead(QZByteSlice head, std::size_t contentSize) {
-  constexpr std::size_t kNameSize = kRecordName.size();
-  return head.size == 1 + kNameSize + QZWriteBuffer::IntSize(static_cast<long>(contentSize)) &&
-         head.data[0] == kNameSize && std::memcmp(head.data + 1, kRecordName.data(), kNameSize) == 0;
 }
 
 }  // namespace QZDataFlow

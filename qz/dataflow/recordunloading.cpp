@@ -21,14 +21,15 @@ const QZFieldTypeHandler* FindHandler(const QZFieldBase& field) {
 
 using RecordList = std::vector<std::optional<QZRecord>>;
 
+void Append(ByteBlock& out, QZByteSlice bytes) { out.Append(bytes.data, bytes.size); }
+
 bool IsChanged(const QZRecordImpl::CacheEntry& entry) { return !entry.clean && entry.value; }
 
 }  // namespace
 
 void RecordUnloading::All(const QZRecord& record) {
   QZRecordImpl& impl = QZRecordImpl::Of(record);
-  if (impl.cache.empty() && impl.childCache.empty()) return;
-  RecordUnloading({&impl, &record, true, std::nullopt, nullptr, false, {}}).Run();
+  if (impl.HasDecoded()) RecordUnloading({&impl, &record, true, std::nullopt, nullptr, false, {}}).Run();
 }
 
 void RecordUnloading::ChildRecords(const QZRecord& record, const QZFieldBase& field) {
@@ -101,8 +102,8 @@ void RecordUnloading::AddNested(const Step& step) {
 
 void RecordUnloading::AddRecord(const QZRecord& record) {
   QZRecordImpl& impl = QZRecordImpl::Of(record);
-  const bool hasMore = !impl.cache.empty() || !impl.childCache.empty();
-  if (hasMore && impl.unloadingRun != run) found.push_back({&impl, &record, true, std::nullopt, nullptr, false, {}});
+  if (impl.HasDecoded() && impl.unloadingRun != run)
+    found.push_back({&impl, &record, true, std::nullopt, nullptr, false, {}});
 }
 
 void RecordUnloading::Leave(Step& step) {
@@ -130,7 +131,7 @@ void RecordUnloading::StoreChildren(QZRecordImpl& impl, unsigned int idx) {
     // The child has the field of its key only while it is written, also when memory runs out over that.
     try {
       SetChildKey(*child, key);
-      stored.AppendTo(list, false);
+      Append(list, stored.Encode(false));
       child->DeleteField(ChildKeyField());
     } catch (...) {
       child->DeleteField(ChildKeyField());
@@ -153,13 +154,13 @@ void RecordUnloading::StoreObject(QZRecordImpl& impl, unsigned int idx, QZRecord
   if (pos == FieldList::npos) return;
   ByteBlock bytes;
   if (entry.kind == QZFieldKind::Record) {
-    QZRecordImpl::Of(*static_cast<const QZRecord*>(entry.value.get())).AppendTo(bytes, true);
+    Append(bytes, QZRecordImpl::Of(*static_cast<const QZRecord*>(entry.value.get())).Encode());
   } else if (entry.kind == QZFieldKind::RecordVec) {
     const auto& records = *static_cast<const RecordList*>(entry.value.get());
     bytes.AppendInt(records.size());
     for (const auto& record : records) {
       if (record) {
-        QZRecordImpl::Of(*record).AppendTo(bytes, true);
+        Append(bytes, QZRecordImpl::Of(*record).Encode());
       } else {
         *bytes.Extend(1) = BufferImpl::kNone;
       }

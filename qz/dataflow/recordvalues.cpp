@@ -66,17 +66,17 @@ void QZRecordImpl::StoreValue(std::size_t pos, const unsigned char* data, std::s
   Slot& slot = slots[pos];
   if (slot.IsPresent() && slot.size == size && !slot.IsNullItem()) {
     // The rest of the stored form stays as it is.
-    if (size != 0) std::memcpy(block.data() + slot.Begin(), data, size);
+    if (size != 0) std::memcpy(block.data() + slot.Range().begin, data, size);
     return;
   }
   verbatim = false;
   MakeRoom(2 * QZWriteBuffer::kMaxIntSize + size);
-  if (slot.IsPresent()) wasted += slot.Head() + slot.size;
+  if (slot.IsPresent()) wasted += slot.ItemSize();
   const std::size_t begin = block.size();
   block.AppendInt(std::size_t{list->Idx(pos)});
   block.AppendInt(size);
   const bool isNull = slot.IsNull();
-  slot = Slot(block.size(), size, block.size() - begin, false);
+  slot = Slot(begin, block.size() - begin, size);
   slot.SetNull(isNull);
   block.Append(data, size);
 }
@@ -110,7 +110,7 @@ void QZRecordImpl::SpreadValues() {
     const auto found = strays.find(list->Idx(pos));
     if (found == strays.end()) continue;
     const bool isNull = slots[pos].IsNull();
-    slots[pos] = Slot(found->second.begin, found->second.size, 0, false);
+    slots[pos] = Slot(found->second.begin, 0, found->second.size);
     slots[pos].SetNull(isNull);
     strays.erase(found);
   }
@@ -138,14 +138,14 @@ void QZRecordImpl::Compact() {
   };
   // Room for all of it first: then nothing below can fail half-way.
   std::size_t total = 0;
-  for (const Slot& slot : slots) total += slot.Head() + slot.size;
+  for (const Slot& slot : slots) total += slot.ItemSize();
   for (const auto& stray : strays) total += stray.second.size;
   for (const auto& child : children) total += child.second.size;
   for (const ByteRange& section : unknownSections) total += section.size;
   fresh.Reserve(total);
   for (Slot& slot : slots) {
-    fresh.Append(block.data() + (slot.Begin() - slot.Head()), slot.Head() + slot.size);
-    slot.MoveTo(fresh.size() - slot.size);
+    fresh.Append(block.data() + slot.ItemBegin(), slot.ItemSize());
+    slot.MoveTo(fresh.size() - slot.ItemSize());
   }
   for (auto& stray : strays) move(stray.second);
   for (auto& child : children) move(child.second);
