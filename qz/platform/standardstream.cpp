@@ -56,7 +56,8 @@ class StandardStream final : public qzostream {
   }
 
  private:
-  // Guards the held bytes of both streams, for the threads that run on while the last user flushes them. Never destroyed.
+  // Guards the held bytes of both streams, for the threads that run on while the last user flushes them. Never
+  // destroyed.
   static ForkSafeMutex& lineMutex() {
     alignas(ForkSafeMutex) static unsigned char place[sizeof(ForkSafeMutex)];
     static ForkSafeMutex& mutex = *new (place) ForkSafeMutex(LockRank::Platform);
