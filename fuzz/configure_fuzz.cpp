@@ -1,5 +1,7 @@
 // The configuration language: what is read is written, read again and written the same. All that a program makes of an
 // interface is written too.
+#include <set>
+
 #include "fuzz/fuzzing.h"
 
 using namespace QZSystem;
@@ -30,6 +32,15 @@ std::string withoutIndents(const std::string& text) {
   return all;
 }
 
+// A category of a name that is known anywhere below is continued there, which depends on what was read before.
+bool haveNamesOfTheirOwn(const QZInterface& itf) {
+  std::set<std::string> names;
+  for (const QZInterface& category : QZIter(itf.GetInterfaces(true))) {
+    if (!names.insert(category.GetName()).second) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -47,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   configure(second, first);
   const std::string again = written(second);
   configure(third, again);
-  Require(withoutIndents(written(third)) == withoutIndents(again));
+  if (haveNamesOfTheirOwn(second)) Require(withoutIndents(written(third)) == withoutIndents(again));
   Require(written(QZInterface(second)) == again);
 
   qzosstream out;
