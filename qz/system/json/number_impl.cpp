@@ -42,12 +42,23 @@ std::uint64_t ShortDecimal(double magnitude) {
   return distance <= allowed && distance >= -allowed ? decimal : 0;
 }
 
+char* PutWhole(std::uint32_t whole, const char* pairs, char* out) {
+  if (whole >= 1000) return rapidjson::internal::u32toa(whole, out);
+  if (whole >= 100) *out++ = static_cast<char>('0' + whole / 100);
+  if (whole >= 10) {
+    std::memcpy(out, pairs + 2 * (whole % 100), 2);
+    return out + 2;
+  }
+  *out++ = static_cast<char>('0' + whole);
+  return out;
+}
+
 /// decimal / 10^6 with at least one digit behind the point, and no zeros after it.
 char* PutDecimal(std::uint64_t decimal, char* out) {
-  out = rapidjson::internal::u32toa(static_cast<std::uint32_t>(decimal / kScale), out);
+  const char* const pairs = rapidjson::internal::GetDigitsLut();
+  out = PutWhole(static_cast<std::uint32_t>(decimal / kScale), pairs, out);
   *out++ = '.';
   const auto rest = static_cast<std::uint32_t>(decimal % kScale);
-  const char* const pairs = rapidjson::internal::GetDigitsLut();
   std::memcpy(out, pairs + 2 * (rest / 10'000), 2);
   std::memcpy(out + 2, pairs + 2 * (rest / 100 % 100), 2);
   std::memcpy(out + 4, pairs + 2 * (rest % 100), 2);

@@ -40,7 +40,7 @@ std::uint64_t PackDigits(std::uint64_t word) {
 }
 
 /// Goes past digits, and adds them to the number that those before make. Up to eight are taken at once.
-const char* AddDigits(const char* at, const char* end, std::uint64_t& number) {
+[[gnu::always_inline]] inline const char* AddDigits(const char* at, const char* end, std::uint64_t& number) {
   std::uint64_t sum = number;
   if (end - at >= 8) {
     std::uint64_t word;
