@@ -324,7 +324,10 @@ inline bool QZFieldType<std::string>::FromBytes(std::string& out, const unsigned
 template <>
 inline void QZFieldType<std::vector<unsigned char>>::AppendBytes(std::vector<unsigned char>& out,
                                                                  const std::vector<unsigned char>& value) {
-  out.insert(out.end(), value.begin(), value.end());
+  const std::size_t size = value.size();
+  out.resize(out.size() + size);
+  // From the start of `value` as it is now, which may be `out` itself.
+  if (size != 0) std::memcpy(out.data() + (out.size() - size), value.data(), size);
 }
 
 template <>

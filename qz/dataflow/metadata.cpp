@@ -195,20 +195,23 @@ std::vector<QZMeta::Attribute> QZMeta::GetAttributes(unsigned int key) const {
 }
 
 void QZMeta::AddAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
-  attributes.emplace_back(key, bytes);
+  Insert(Attribute(key, bytes));
+}
+
+void QZMeta::SetAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
+  Attribute pair(key, bytes);  // before the bytes can go with those that are removed
+  RemoveAttribute(key);
+  Insert(std::move(pair));
+}
+
+void QZMeta::Insert(Attribute pair) {
+  attributes.push_back(std::move(pair));
   const auto added = std::prev(attributes.end());
   if (std::is_sorted(attributes.begin(), added)) {
     std::rotate(std::upper_bound(attributes.begin(), added, *added), added, attributes.end());
   } else {
     std::sort(attributes.begin(), attributes.end());
   }
-}
-
-// The bytes may be those of a pair that is about to go.
-void QZMeta::SetAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {
-  const std::vector<unsigned char> value = bytes;
-  RemoveAttribute(key);
-  AddAttributeBytes(key, value);
 }
 
 void QZMeta::RemoveAttributeBytes(unsigned int key, const std::vector<unsigned char>& bytes) {

@@ -107,6 +107,7 @@ class QZMeta {
 
  private:
   const std::vector<unsigned char>* FindValue(unsigned int key, unsigned int index) const;
+  void Insert(Attribute pair);
   template <class T>
   T GetTyped(unsigned int key, unsigned int index) const;
   template <class T>

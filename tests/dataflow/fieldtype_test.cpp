@@ -69,6 +69,12 @@ TEST(FieldType, ScalarsRefuseBytesThatAreNone) {
   EXPECT_EQ(Hex(QZFieldType<std::string>::ToBytes("ab")), "61 62");
 }
 
+TEST(FieldType, ABlobCanBeAppendedToItself) {
+  Bytes blob{1, 2};
+  QZFieldType<Bytes>::AppendBytes(blob, blob);
+  EXPECT_EQ(Hex(blob), "01 02 01 02");
+}
+
 TEST(FieldType, NoValueHasNoBytes) {
   EXPECT_EQ(QZFieldType<long>::ToBytes(std::optional<long>()), std::nullopt);
   EXPECT_EQ(QZFieldType<long>::ToBytes(std::optional<int>(5)), Bytes{5});

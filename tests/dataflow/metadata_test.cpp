@@ -193,6 +193,8 @@ TEST(Metadata, EncodedValuesNeedNotBeSound) {
   meta.SetAttributeBytes(kAuthor, {1, 'a'});
   meta.RemoveAttributeBytes(kLower, {1, 2});
   EXPECT_EQ(Show(meta), "02000002 <01 61> 06020001 <84 01> 07000002 <81 FF> ");
+  meta.SetAttributeBytes(kAuthor, meta.GetAllAttributes().front().second);
+  EXPECT_EQ(Show(meta), "02000002 <01 61> 06020001 <84 01> 07000002 <81 FF> ") << "bytes of its own";
   EXPECT_TRUE(meta.HasAttributeBytes(kPriority, {0x84, 1}));
   EXPECT_FALSE(meta.HasAttributeBytes(kPriority, {0x84}));
 }
