@@ -75,7 +75,7 @@ class QZRecordImpl {
   static bool TypesAgree(const QZFieldBase& entry, const QZFieldBase& field) {
     const std::size_t size = field.type.size();
     return entry.type.size() >= size &&
-           std::memcmp(entry.type.data() + (entry.type.size() - size), field.type.data(), size) == 0;
+           SameText(entry.type.data() + (entry.type.size() - size), field.type.data(), size);
   }
   /// The index of the field, or the next free one.
   unsigned int IdxToUse(const QZFieldBase& field) const;
@@ -89,8 +89,18 @@ class QZRecordImpl {
   bool IsNullAt(std::size_t pos) const { return slots[pos].IsNull(); }
   /// The bytes of the value, which live until the next change; false for none and for null. The first form writes back
   /// a decoded value before.
-  bool GetSlice(const QZFieldBase& field, QZByteSlice& bytes);
-  bool GetSliceAt(std::size_t pos, QZByteSlice& bytes) const;
+  bool GetSlice(const QZFieldBase& field, QZByteSlice& bytes) {
+    if (!cache.empty()) UnloadCache(field);
+    const std::size_t pos = FindField(field);
+    return pos != FieldList::npos && GetSliceAt(pos, bytes);
+  }
+  bool GetSliceAt(std::size_t pos, QZByteSlice& bytes) const {
+    const Slot& slot = slots.data()[pos];
+    ByteRange value;
+    if (slot.IsNull() || !FindValue(slot, list->Idx(pos), value)) return false;
+    bytes = {block.data() + value.begin, value.size};
+    return true;
+  }
   /// SetBytes from bytes outside the record, and with no value.
   bool SetSlice(const QZFieldBase& field, const unsigned char* data, std::size_t size);
   bool SetNull(const QZFieldBase& field);
@@ -208,7 +218,12 @@ class QZRecordImpl {
   void FreezeList();
 
   // Values.
-  bool FindValue(const Slot& slot, unsigned int idx, ByteRange& value) const;
+  bool FindValue(const Slot& slot, unsigned int idx, ByteRange& value) const {
+    if (list->SharesIndices()) return FindStray(idx, value);
+    value = slot.Range();
+    return slot.IsPresent();
+  }
+  bool FindStray(unsigned int idx, ByteRange& value) const;
   bool FindValue(std::size_t pos, ByteRange& value) const { return FindValue(slots[pos], list->Idx(pos), value); }
   void StoreValue(std::size_t pos, const unsigned char* data, std::size_t size);
   bool EraseValue(std::size_t pos);
@@ -234,6 +249,7 @@ class QZRecordImpl {
     return !strays.empty() || !recordMeta.IsEmpty() || !children.empty() || !unknownSections.empty();
   }
   void ClearMore();
+  bool ReadContent(QZByteSlice content, bool plainHead);
   bool ReadExpected(Reading& reading);
   bool ReadExpectedMeta(Reading& reading);
   void UseLastRead();

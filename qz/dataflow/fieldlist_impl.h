@@ -38,6 +38,29 @@ inline std::uint64_t HashBytes(const void* data, std::size_t size) {
   return hash ^ hash >> 32;
 }
 
+/// Whether two texts of this size are the same. They are names: mostly shorter than a call is long.
+inline bool SameText(const char* a, const char* b, std::size_t size) {
+  if (size > 16 || size < 4) return std::memcmp(a, b, size) == 0;
+  // Two words that overlap cover 4 to 8 bytes, or 8 to 16.
+  if (size >= 8) {
+    std::uint64_t words[4];
+    std::memcpy(&words[0], a, 8);
+    std::memcpy(&words[1], b, 8);
+    std::memcpy(&words[2], a + (size - 8), 8);
+    std::memcpy(&words[3], b + (size - 8), 8);
+    return ((words[0] ^ words[1]) | (words[2] ^ words[3])) == 0;
+  }
+  std::uint32_t words[4];
+  std::memcpy(&words[0], a, 4);
+  std::memcpy(&words[1], b, 4);
+  std::memcpy(&words[2], a + (size - 4), 4);
+  std::memcpy(&words[3], b + (size - 4), 4);
+  return ((words[0] ^ words[1]) | (words[2] ^ words[3])) == 0;
+}
+inline bool SameText(const std::string& a, const std::string& b) {
+  return a.size() == b.size() && SameText(a.data(), b.data(), a.size());
+}
+
 /// The fields of a record in ascending order of name, each with its index.
 ///
 /// Nearly all records of one stream have the same fields. So the list lives apart from the values, and many records
@@ -137,8 +160,7 @@ inline std::size_t FieldList::Lookup(const std::string& name) const {
   for (std::size_t at = HashBytes(name.data(), name.size()) & mask;; at = (at + 1) & mask) {
     const std::uint32_t place = places[at];
     if (place == 0) return npos;
-    const std::string& found = entries.data()[place - 1].field->GetName();
-    if (found.size() == name.size() && std::memcmp(found.data(), name.data(), name.size()) == 0) return place - 1;
+    if (SameText(entries.data()[place - 1].field->GetName(), name)) return place - 1;
   }
 }
 

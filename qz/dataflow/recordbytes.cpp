@@ -120,7 +120,6 @@ Bytes QZRecordImpl::RecordMetaItem(bool withSourceID) const {
 
 /// Items that stand in the block as they are to be written, one after the other, go out in one piece.
 void QZRecordImpl::AppendData(ByteBlock& out) const {
-  const unsigned int* idx = list->Indices();
   std::size_t begin = 0;
   std::size_t end = 0;
   for (const Slot& slot : slots) {
@@ -134,9 +133,8 @@ void QZRecordImpl::AppendData(ByteBlock& out) const {
     } else if (slot.IsNull() || slot.IsPresent() || !strays.empty()) {
       out.Append(block.data() + begin, end - begin);
       begin = end;
-      AppendOther(out, slot, *idx);
+      AppendOther(out, slot, list->Idx(static_cast<std::size_t>(&slot - slots.data())));
     }
-    ++idx;
   }
   out.Append(block.data() + begin, end - begin);
 }

@@ -69,7 +69,7 @@ bool TakeBytes(qzistream& in, ByteBlock& out, unsigned long count) {
 }
 
 /// Takes a record that stands in the stream's buffer whole, as a writer puts it, if its content has up to 32767 bytes.
-bool TakeBuffered(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
+inline bool TakeBuffered(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
   constexpr std::size_t kLongestLength = 3;
   const std::string_view ready = in.buffered();
   const auto* const data = reinterpret_cast<const unsigned char*>(ready.data());
@@ -86,10 +86,8 @@ bool TakeBuffered(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
   return true;
 }
 
-/// Takes the next record into `out`, its content beginning at `contentAt`. False at the end, and when it is damaged,
-/// after the warning.
-bool TakeRecord(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
-  if (TakeBuffered(in, out, contentAt)) return true;
+/// Takes any record, piece by piece. Kept apart so that the usual way stays short.
+[[gnu::noinline]] bool TakePieces(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
   out.Clear();
   long nameSize;
   if (in.peek() < 0) return false;
@@ -106,6 +104,12 @@ bool TakeRecord(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
   contentAt = out.size();
   out.Trim(contentAt + size);
   return TakeBytes(in, out, size) || ReportDamage();
+}
+
+/// Takes the next record into `out`, its content beginning at `contentAt`. False at the end, and when it is damaged,
+/// after the warning.
+inline bool TakeRecord(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
+  return TakeBuffered(in, out, contentAt) || TakePieces(in, out, contentAt);
 }
 
 /// The next line with its line end, if it has one.

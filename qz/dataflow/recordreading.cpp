@@ -183,28 +183,68 @@ bool QZRecordImpl::FromBytes(const unsigned char* data, std::size_t size) {
   return FromIncoming(whole - content.Remaining());
 }
 
+/// Reads items as long as each is that of the next field, with an index and a size of one byte, and returns the place
+/// behind them. A size of 0x80 is the null.
+inline const unsigned char* QZRecordImpl::ReadShortItems(const unsigned char* at, const unsigned char* end,
+                                                         std::size_t& next) {
+  const unsigned char* const base = block.data();
+  const std::uint16_t* code = list->ShortIndices() + next;  // that behind the last field matches nothing
+  Slot* slot = slots.data() + next;
+  std::size_t left = static_cast<std::size_t>(end - at);
+  while (left > 1 && at[0] == *code) {
+    const auto begin = static_cast<std::size_t>(at - base);
+    const unsigned int size = at[1];
+    std::size_t itemSize = 2;
+    if (size < BufferImpl::kNone) {
+      itemSize += size;
+      if (itemSize > left) break;
+      *slot = Slot(begin, 2, size);
+    } else {
+      if (size != BufferImpl::kNone) break;
+      *slot = Slot::NullItem(begin, 2);
+    }
+    at += itemSize;
+    left -= itemSize;
+    ++slot;
+    ++code;
+  }
+  next = static_cast<std::size_t>(slot - slots.data());
+  return at;
+}
+
 bool QZRecordImpl::FromIncoming(std::size_t contentAt) {
+  // Nothing may fail between one block and the other.
+  if (lastRead && slots.capacity() < lastRead->Size()) slots.reserve(lastRead->Size());
   ClearForReading();
   block.Swap(spare);
   storedSize = block.size();
   const QZByteSlice content{block.data() + contentAt, block.size() - contentAt};
-  Reading reading(*this);
-  reading.plain = IsRecordHead({block.data(), contentAt}, content.size);
+  const bool plainHead = IsRecordHead({block.data(), contentAt}, content.size);
   QZByteSlice items;
-  bool whole = true;
-  if (lastRead && TakeExpectedItems(content, lastRead->Opening(), items) && lastRead->SplitsAsBefore()) {
+  if (lastRead && plainHead && TakeExpectedItems(content, lastRead->Opening(), items) && lastRead->SplitsAsBefore()) {
     UseLastRead();
-    reading.section = kDataPlace;
-    whole = ReadItems(items, reading);
-  } else {
-    reading.content = QZReadBuffer(content.data, content.size);
-    if (!ReadExpected(reading)) {
-      reading.hasOldValues = false;
-      slots.clear();
-      UseList(nullptr);
+    const unsigned char* const end = items.data + items.size;
+    std::size_t next = 0;
+    if (ReadShortItems(items.data, end, next) == end) {
+      std::fill(slots.begin() + static_cast<std::ptrdiff_t>(next), slots.end(), Slot());
+      verbatim = true;
+      return true;
     }
-    whole = ReadSections(reading);
   }
+  return ReadContent(content, plainHead);
+}
+
+/// Reads any record, section by section.
+bool QZRecordImpl::ReadContent(QZByteSlice content, bool plainHead) {
+  Reading reading(*this);
+  reading.content = QZReadBuffer(content.data, content.size);
+  reading.plain = plainHead;
+  if (!ReadExpected(reading)) {
+    reading.hasOldValues = false;
+    slots.clear();
+    UseList(nullptr);
+  }
+  const bool whole = ReadSections(reading);
   verbatim = whole && reading.plain;
   return whole;
 }
@@ -335,7 +375,7 @@ bool QZRecordImpl::FieldsFromBytes(QZReadBuffer& in, Reading& reading) {
   std::vector<FieldList::Entry> entries;
   const bool whole = ReadFieldItems(in, entries);
   UseFields(std::move(entries), reading);
-  if (reading.plain && whole && IsContentOf(content, list->FieldsSection())) {
+  if (reading.plain && whole && !list->SharesIndices() && IsContentOf(content, list->FieldsSection())) {
     lastRead = shared;
     FieldListCache::KeepFields(shared);
   } else {
@@ -438,35 +478,6 @@ bool QZRecordImpl::ReadItems(QZByteSlice items, Reading& reading) {
     if (!ReadItem(in, reading, next)) return false;
     at = end - in.Remaining();
   }
-}
-
-/// Reads items as long as each is that of the next field, with an index and a size of one byte, and returns the place
-/// behind them. A size of 0x80 is the null.
-inline const unsigned char* QZRecordImpl::ReadShortItems(const unsigned char* at, const unsigned char* end,
-                                                         std::size_t& next) {
-  const unsigned char* const base = block.data();
-  const std::uint16_t* code = list->ShortIndices() + next;  // that behind the last field matches nothing
-  Slot* slot = slots.data() + next;
-  std::size_t left = static_cast<std::size_t>(end - at);
-  while (left > 1 && at[0] == *code) {
-    const auto begin = static_cast<std::size_t>(at - base);
-    const unsigned int size = at[1];
-    std::size_t itemSize = 2;
-    if (size < BufferImpl::kNone) {
-      itemSize += size;
-      if (itemSize > left) break;
-      *slot = Slot(begin, 2, size);
-    } else {
-      if (size != BufferImpl::kNone) break;
-      *slot = Slot::NullItem(begin, 2);
-    }
-    at += itemSize;
-    left -= itemSize;
-    ++slot;
-    ++code;
-  }
-  next = static_cast<std::size_t>(slot - slots.data());
-  return at;
 }
 
 /// Reads an item of the section "data" of any form, for the field at `next` or another. False when its length is wrong.

@@ -43,11 +43,7 @@ bool CopyKept(const QZRecordImpl& impl, const QZFieldBase& field, QZFieldKind ki
 
 // The bytes.
 
-bool QZRecordImpl::FindValue(const Slot& slot, unsigned int idx, ByteRange& value) const {
-  if (!list->SharesIndices()) {
-    value = slot.Range();
-    return slot.IsPresent();
-  }
+bool QZRecordImpl::FindStray(unsigned int idx, ByteRange& value) const {
   const auto found = strays.find(idx);
   if (found == strays.end()) return false;
   value = found->second;
@@ -153,19 +149,6 @@ void QZRecordImpl::Compact() {
   block.Swap(fresh);
   storedSize = 0;
   wasted = 0;
-}
-
-bool QZRecordImpl::GetSliceAt(std::size_t pos, QZByteSlice& bytes) const {
-  ByteRange value;
-  if (slots[pos].IsNull() || !FindValue(pos, value)) return false;
-  bytes = {block.data() + value.begin, value.size};
-  return true;
-}
-
-bool QZRecordImpl::GetSlice(const QZFieldBase& field, QZByteSlice& bytes) {
-  if (!cache.empty()) UnloadCache(field);
-  const std::size_t pos = FindField(field);
-  return pos != FieldList::npos && GetSliceAt(pos, bytes);
 }
 
 bool QZRecordImpl::SetSlice(const QZFieldBase& field, const unsigned char* data, std::size_t size) {
