@@ -266,14 +266,16 @@ bool HoldsNothing(QZRecordImpl& impl) {
 
 }  // namespace
 
-bool QZRecordFromJSON(QZRecord& record, const std::string& text) {
+bool ReadRecordJSON(QZRecord& record, std::string_view text) {
   QZRecordImpl& impl = QZRecordImpl::Of(record);
   const bool isNew = HoldsNothing(impl);
   if (isNew && ReadLikeBefore(impl, text)) return true;
   rapidjson::Document document;
-  if (!JSONParseHelper(document, text) || !RecordReader().Read(record, document)) return false;
+  if (!JSONParseHelper(document, text.data(), text.size()) || !RecordReader().Read(record, document)) return false;
   if (isNew) RememberDocument(impl, document, text);
   return true;
 }
+
+bool QZRecordFromJSON(QZRecord& record, const std::string& text) { return ReadRecordJSON(record, text); }
 
 }  // namespace QZDataFlow

@@ -287,8 +287,7 @@ QZRecord GoToHole(QZJSONTextWriter& out, Level& level) {
 
 // The way down is kept in a list and not on the stack. A record goes before those inside it are written: each holds a
 // copy of all that is deeper, so that one as deep as they may be would else take its size a few hundred times.
-std::string QZRecordToJSON(const QZRecord& record) {
-  QZJSONTextWriter out;
+bool WriteRecordJSON(QZJSONTextWriter& out, const QZRecord& record) {
   std::vector<Level> levels;
   WriteText(out, record, true, levels);
   while (!levels.empty() && !out.IsTooDeep()) {
@@ -303,9 +302,13 @@ std::string QZRecordToJSON(const QZRecord& record) {
       WriteText(out, inner, false, levels);
     }
   }
-  if (!out.IsTooDeep()) return out.Take();
-  QZThrow.Warning(kTooDeep);
-  return {};
+  if (out.IsTooDeep()) QZThrow.Warning(kTooDeep);
+  return !out.IsTooDeep();
+}
+
+std::string QZRecordToJSON(const QZRecord& record) {
+  QZJSONTextWriter out;
+  return WriteRecordJSON(out, record) ? out.Take() : std::string();
 }
 
 }  // namespace QZDataFlow

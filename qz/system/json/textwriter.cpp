@@ -69,6 +69,9 @@ void QZJSONTextWriter::Grow(std::size_t size) {
 void QZJSONTextWriter::Document(std::string_view document) {
   if (depth + DepthOf(document) > kMaxDepth) tooDeep = true;
   Raw(document);
+  if (!oneLine) return;
+  const auto isLineEnd = [](char c) { return c == '\n' || c == '\r'; };
+  std::replace_if(cursor - document.size(), cursor, isLineEnd, ' ');
 }
 
 void QZJSONTextWriter::String(std::string_view value) {
@@ -107,6 +110,7 @@ std::string QZJSONTextWriter::Take() {
   cursor = buffer.get();
   depth = 0;
   tooDeep = false;
+  oneLine = false;
   return taken;
 }
 

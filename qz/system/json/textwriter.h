@@ -43,6 +43,8 @@ class QZJSONTextWriter {
   }
   /// Puts a whole value that is JSON text already. Its brackets are counted.
   void Document(std::string_view text);
+  /// From now on the line ends in such text, where they mean no more than blanks, are put as blanks.
+  void KeepToOneLine() { oneLine = true; }
 
   void String(std::string_view text);
   void Int(long value);
@@ -68,6 +70,8 @@ class QZJSONTextWriter {
   /// Notes that the document nests deeper than its reader allows.
   void SetTooDeep() { tooDeep = true; }
   bool IsTooDeep() const { return tooDeep; }
+  /// The text so far, until the next change.
+  std::string_view View() const { return {buffer.get(), Size()}; }
   /// The text. The writer is as a new one then.
   std::string Take();
 
@@ -90,6 +94,7 @@ class QZJSONTextWriter {
   char* end;
   std::size_t depth = 0;
   bool tooDeep = false;
+  bool oneLine = false;
 };
 
 }  // namespace QZSystem

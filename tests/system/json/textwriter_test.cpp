@@ -94,6 +94,17 @@ TEST(JSONTextWriter, OtherTokensStandAsTheyAre) {
   EXPECT_EQ(text, "{\"a\":[-9223372036854775808,4294967295,true,null,{\"b\":[]}]}");
 }
 
+TEST(JSONTextWriter, DocumentsCanBeKeptToOneLine) {
+  QZJSONTextWriter out;
+  out.Document("{\r\n}");
+  out.KeepToOneLine();
+  out.Document("{\r\n}");
+  EXPECT_EQ(out.View(), "{\r\n}{  }");
+  EXPECT_EQ(out.Take(), "{\r\n}{  }");
+  out.Document("\n");
+  EXPECT_EQ(out.Take(), "\n");
+}
+
 TEST(JSONTextWriter, BracketsAreCountedAlsoInsideDocuments) {
   const std::string open(static_cast<std::size_t>(kMaxJSONDepth) - 1, '[');
   const struct {
