@@ -4,7 +4,6 @@ namespace QZSystem {
 
 template class QZBaseDataT<bool>;
 template class QZBaseDataT<int>;
-template class QZBaseDataT<unsigned int>;
 template class QZBaseDataT<float>;
 template class QZBaseDataT<double>;
 template class QZBaseDataT<const char*>;

@@ -50,11 +50,8 @@ class QZBaseDataT : public QZBaseData {
  public:
   QZBaseDataT(unsigned int valueTag, T data) : QZBaseData(valueTag), value(std::move(data)) {}
 
-  /// The identity that every holder of this class answers with. A single `unsigned int` counts as an `int`, so the two
-  /// can be read for one another; their vectors and arrays are types of their own.
-  [[nodiscard]] static const void* DataType() {
-    return QZGetDataType<std::conditional_t<std::is_same_v<T, unsigned int>, int, T>>();
-  }
+  /// The identity that every holder of this class answers with.
+  [[nodiscard]] static const void* DataType() { return QZGetDataType<T>(); }
 
   [[nodiscard]] const void* GetDataType() const override { return DataType(); }
   [[nodiscard]] unsigned int GetSize() const override { return 1; }
@@ -66,6 +63,23 @@ class QZBaseDataT : public QZBaseData {
 
  private:
   T value;
+};
+
+/// Holds a single `unsigned int`, which counts as an `int`: the holder is one of `int` and answers as one, so the two
+/// can be read for one another. Their vectors and arrays are types of their own. Const operations may run in parallel;
+/// a change needs exclusive access.
+template <>
+class QZBaseDataT<unsigned int> : public QZBaseDataT<int> {
+ public:
+  QZBaseDataT(unsigned int valueTag, unsigned int data) : QZBaseDataT<int>(valueTag, static_cast<int>(data)) {}
+
+  [[nodiscard]] QZBaseDataT* CreateCopy() const override { return new QZBaseDataT(GetTag(), GetData()); }
+
+  /// The value, in place: the same bits as the `int`.
+  [[nodiscard]] const unsigned int& GetData() const {
+    return reinterpret_cast<const unsigned int&>(QZBaseDataT<int>::GetData());
+  }
+  [[nodiscard]] unsigned int& GetData() { return reinterpret_cast<unsigned int&>(QZBaseDataT<int>::GetData()); }
 };
 
 template <class Pointer>
@@ -83,11 +97,7 @@ class QZBaseDataTPtr<T*> : public QZBaseDataT<T*> {
   /// Copies `size` elements from `source`. If `source` is null, the elements are zero; if `size` is 0, there is no
   /// array and the pointer is null.
   QZBaseDataTPtr(unsigned int valueTag, const T* source, unsigned int size) : QZBaseDataT<T*>(valueTag, nullptr) {
-    if (size == 0) return;
-    auto elements = std::make_unique<T[]>(size);
-    if (source) std::copy_n(source, size, elements.get());
-    this->GetData() = elements.release();
-    count = size;
+    Hold(source, size);
   }
   ~QZBaseDataTPtr() override { delete[] this->GetData(); }
 
@@ -96,14 +106,25 @@ class QZBaseDataTPtr<T*> : public QZBaseDataT<T*> {
     return new QZBaseDataTPtr(this->GetTag(), this->GetData(), count);
   }
 
+  /// Takes a copy of `size` elements from `source`, which may lie in the present array, in place of that array. If
+  /// `source` is null or `size` is 0, there is no array any more. Throws std::bad_alloc, with the array as it was.
+  void Assign(const T* source, unsigned int size) { Hold(source, source ? size : 0); }
+
  private:
+  void Hold(const T* source, unsigned int size) {
+    std::unique_ptr<T[]> elements = size == 0 ? nullptr : std::make_unique<T[]>(size);
+    if (source) std::copy_n(source, size, elements.get());
+    delete[] this->GetData();
+    this->GetData() = elements.release();
+    count = size;
+  }
+
   unsigned int count = 0;
 };
 
 // The types of attached data that need no class of their own are compiled once, with the toolkit.
 extern template class QZBaseDataT<bool>;
 extern template class QZBaseDataT<int>;
-extern template class QZBaseDataT<unsigned int>;
 extern template class QZBaseDataT<float>;
 extern template class QZBaseDataT<double>;
 extern template class QZBaseDataT<const char*>;
