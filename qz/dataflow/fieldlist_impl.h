@@ -32,7 +32,7 @@ inline std::uint64_t HashBytes(const void* data, std::size_t size) {
     std::memcpy(&last, bytes + (size - 4), 4);
     word = std::uint64_t{first} << 32 | last;
   } else {
-    word = size == 0 ? 0 : bytes[0] | bytes[size / 2] << 8 | bytes[size - 1] << 16;
+    word = size == 0 ? 0u : bytes[0] | unsigned{bytes[size / 2]} << 8 | unsigned{bytes[size - 1]} << 16;
   }
   hash = (hash ^ word) * kMultiplier;
   return hash ^ hash >> 32;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "qz/dataflow/datarecord_impl.h"
-#include "qz/dataflow/recordjson.h"
+#include "qz/dataflow/recordjson_impl.h"
 #include "qz/dataflow/recordsections_impl.h"
 #include "qz/dataflow/recordunloading_impl.h"
 #include "qz/system/frame/error.h"
@@ -112,19 +112,30 @@ inline bool TakeRecord(qzistream& in, ByteBlock& out, std::size_t& contentAt) {
   return TakeBuffered(in, out, contentAt) || TakePieces(in, out, contentAt);
 }
 
-/// The next line with its line end, if it has one.
-bool TakeLine(qzistream& in, std::string& line) {
+/// The next line with its line end, if it has one. It stands in the stream's buffer, or else in `storage`.
+bool TakeLine(qzistream& in, std::string& storage, std::string_view& line) {
+  line = in.buffered();
+  const std::size_t size = line.find('\n') + 1;
+  if (size != 0) {
+    line = line.substr(0, size);
+    in.skip(static_cast<long>(size));
+    return true;
+  }
   const unsigned long before = in.tell();
-  if (!in.getline(line)) return false;
-  if (in.tell() - before > line.size()) line += '\n';
+  if (!in.getline(storage)) return false;
+  if (in.tell() - before > storage.size()) storage += '\n';
+  line = storage;
   return true;
 }
 
-/// Takes the line ends out of a document, which raw text inside it may have: where they can stand, a blank means the
-/// same.
-void PutOnOneLine(std::string& document) {
-  std::replace(document.begin(), document.end(), '\n', ' ');
-  std::replace(document.begin(), document.end(), '\r', ' ');
+/// Raw text inside a document may have line ends; the line has none.
+bool WriteJSONLine(qzostream& out, const QZRecord& record) {
+  QZJSONTextWriter line;
+  line.KeepToOneLine();
+  if (!WriteRecordJSON(line, record)) return false;
+  line.Raw('\n');
+  out.write(line.View().data(), line.View().size());
+  return true;
 }
 
 }  // namespace
@@ -137,13 +148,7 @@ bool QZWriteRecord(qzostream& out, const QZRecord& record, const std::string& fo
     out.write(bytes.data, bytes.size);
     return true;
   }
-  if (!IsJSON(format)) return false;
-  std::string document = QZRecordToJSON(record);
-  if (document.empty()) return false;
-  PutOnOneLine(document);
-  document += '\n';
-  out.write(document);
-  return true;
+  return IsJSON(format) && WriteJSONLine(out, record);
 }
 
 bool QZReadRecord(QZRecord& record, qzistream& in, const std::string& format) {
@@ -152,8 +157,9 @@ bool QZReadRecord(QZRecord& record, qzistream& in, const std::string& format) {
     std::size_t contentAt = 0;
     return TakeRecord(in, impl.Incoming(), contentAt) && impl.FromIncoming(contentAt);
   }
-  std::string line;
-  return IsJSON(format) && TakeLine(in, line) && QZRecordFromJSON(record, line);
+  std::string storage;
+  std::string_view line;
+  return IsJSON(format) && TakeLine(in, storage, line) && ReadRecordJSON(record, line);
 }
 
 std::vector<unsigned char> QZReadRecordBytes(qzistream& in) {

@@ -50,7 +50,7 @@ class qzistream : public qzstream {
   unsigned long readclaimed(std::vector<unsigned char>& bytes, unsigned long count);
 
   /// The bytes that stand ready, at least one unless the data has ended. The view lives until the next operation
-  /// that isn't const; `skip` consumes. For readers that scan whole blocks.
+  /// that isn't const, other than a `skip` inside of it, which consumes. For readers that scan whole blocks.
   [[nodiscard]] std::string_view buffered();
 
   /// Moves forward by `count` bytes, at most to the end. A count of 0 or below does nothing.

@@ -17,7 +17,6 @@ constexpr char kVersion[] = "07 76 65 72 73 69 6F 6E 04 03 31 2E 30 ";  // "vers
 constexpr char kFields[] = "06 66 69 65 6C 64 73 ";                     // "fields"
 constexpr char kMeta[] = "04 6D 65 74 61 ";                             // "meta"
 constexpr char kData[] = "04 64 61 74 61 ";                             // "data"
-constexpr char kChildren[] = "08 63 68 69 6C 64 72 65 6E ";             // "children"
 
 std::string Text(const Bytes& bytes) { return Hex(bytes) + ' '; }
 
