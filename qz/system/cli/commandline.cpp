@@ -1,8 +1,6 @@
 #include "qz/system/cli/commandline.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -12,6 +10,7 @@
 #include "qz/system/cli/parsevalues_impl.h"
 #include "qz/system/cli/requirement.h"
 #include "qz/system/cli/typedparameter.h"
+#include "qz/system/frame/endprocess_impl.h"
 
 namespace QZSystem {
 
@@ -58,7 +57,10 @@ class CommandLine {
     while (HasNext()) {
       const std::string_view argument = arguments[at++];
       if (TakeUnset(argument)) continue;
-      if (argument == kVersionArgument) PrintVersionAndExit(version);
+      if (argument == kVersionArgument) {
+        PrintVersionAndEnd(version);
+        return false;
+      }
       QZParameter* parameter = keys.Find(argument);
       if (parameter == nullptr)
         words.emplace_back(argument);
@@ -261,8 +263,10 @@ bool SelectKeyless(std::vector<QZParameter*>& parameters) {
 
 void EnterProgram(QZInterface& itf, const unsigned char* text, int argc, char** argv) {
   if (!ConfigureNewInterface(itf, text)) return;
-  if (QZCheckHelp(itf, argc, argv, true, qzerr)) std::exit(0);
-  if (!QZParseCommandLine(itf, argc, argv, nullptr, QZErrorLevel::Error, true)) std::exit(1);
+  if (QZCheckHelp(itf, argc, argv, true, qzerr))
+    EndProcess(0);
+  else if (!QZParseCommandLine(itf, argc, argv, nullptr, QZErrorLevel::Error, true))
+    EndProcess(1);
 }
 
 }  // namespace
@@ -274,7 +278,10 @@ bool GetKeylessParameters(QZInterface& itf, std::vector<QZParameter*>& keyless) 
 
 bool QZParseCommandLine(QZInterface& itf, const char* version, int argc, char** argv, const unsigned char* requirements,
                         unsigned int level, bool checkHelp) {
-  if (checkHelp && QZCheckHelp(itf, argc, argv, true, qzerr)) std::exit(0);
+  if (checkHelp && QZCheckHelp(itf, argc, argv, true, qzerr)) {
+    EndProcess(0);
+    return false;
+  }
   const std::vector<QZParameter*> parameters = AllParameters(itf);
   std::vector<QZParameter*> keyless = parameters;
   return SelectKeyless(keyless) && CommandLine(parameters, version, argc, argv, level).Parse(keyless) &&

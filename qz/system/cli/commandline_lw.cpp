@@ -78,7 +78,10 @@ class LightCommandLine {
   bool TakeSwitches() {
     for (; at < argc; ++at) {
       const std::string argument = argv[at];
-      if (argument == kVersionArgument) PrintVersionAndExit(version);
+      if (argument == kVersionArgument) {
+        PrintVersionAndEnd(version);
+        return false;
+      }
       if (argument.empty() || argument.front() != '-') return true;
       if (argument.size() == 1) {
         QZThrow.Msg(level, kSingleDash);
@@ -132,9 +135,7 @@ class LightCommandLine {
       return false;
     }
     const std::vector<std::string> arguments(argv + at, argv + argc);
-    const std::vector<Intake::Failure> failures = TakeAllTexts(*keyless.back(), arguments);
-    for (std::size_t i = 0; i < arguments.size(); ++i)
-      if (failures[i] != Intake::kNone) RefuseArgument(arguments[i]);
+    TakeAllTexts(*keyless.back(), arguments, [&](std::size_t i, Intake::Failure) { RefuseArgument(arguments[i]); });
     return true;
   }
 

@@ -59,16 +59,14 @@ class ParameterFile {
   void TakeValues(QZParameter& parameter, const std::string& key) {
     const bool tooMany = tokens.size() > 1 && !parameter.GetIsList();
     if (tooMany) tokens.resize(1);
-    const std::vector<Intake::Failure> failures = TakeAllTexts(parameter, tokens);
-    for (std::size_t i = 0; i < tokens.size(); ++i)
-      if (failures[i] != Intake::kNone) TellFailure(parameter, key, tokens[i], failures[i]);
+    TakeAllTexts(parameter, tokens,
+                 [&](std::size_t i, Intake::Failure failure) { TellOf(parameter, key, tokens[i], failure); });
     if (!tooMany) return;
     good = false;
     QZThrow.Msg(level, kSeveralValues, key.c_str());
   }
 
-  void TellFailure(const QZParameter& parameter, const std::string& key, const std::string& text,
-                   Intake::Failure failure) {
+  void TellOf(const QZParameter& parameter, const std::string& key, const std::string& text, Intake::Failure failure) {
     good = false;
     if (failure == Intake::kRefused)
       QZThrow.Msg(level, kIllegalValue, text.c_str(), key.c_str(), LimitsText(parameter, Legal::kAsDeclared).c_str());

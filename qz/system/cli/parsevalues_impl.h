@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +17,8 @@ namespace QZSystem {
 constexpr std::string_view kVersionArgument = "--version";
 
 /// Prints the version, "version not set" if it is null, and a line end on qzout, and ends the process with status 0.
-[[noreturn]] void PrintVersionAndExit(const char* version);
+/// Returns if it is ending already.
+void PrintVersionAndEnd(const char* version);
 
 bool IsBool(const QZParameter& parameter);
 bool IsParameterFile(const QZParameter& parameter);
@@ -38,8 +40,9 @@ struct Intake {
 };
 Intake TakeTexts(QZParameter& parameter, const std::vector<std::string>& texts);
 
-/// The same for a caller that goes on behind a text that fails: true at the index of each text that failed.
-std::vector<Intake::Failure> TakeAllTexts(QZParameter& parameter, const std::vector<std::string>& texts);
+/// The same for a caller that goes on behind a text that fails. Hands `tell` the index of each of them, in order.
+using TellFailure = std::function<void(std::size_t, Intake::Failure)>;
+void TakeAllTexts(QZParameter& parameter, const std::vector<std::string>& texts, const TellFailure& tell);
 
 /// QZParseParameterFile with a table of the keys of the interface.
 bool ParseParameterFile(const KeyTable& keys, qzistream& in, bool overwrite, unsigned int level);

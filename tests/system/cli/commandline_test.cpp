@@ -327,6 +327,22 @@ TEST(CommandLineExit, VersionAndHelpEndTheProcessWithStatusZero) {
   EXPECT_EXIT(parse({"--help"}, nullptr, false), ::testing::ExitedWithCode(7), "");
 }
 
+TEST(CommandLineExit, AProcessThatIsEndingKeepsItsStatus) {
+  const auto fail = [] {
+    std::atexit([] {
+      Arguments version({"--version"}), help({"--help"}), bad({"-n"});
+      QZInterface itf(kText);
+      for (Arguments* each : {&version, &help}) QZParseCommandLine(itf, each->Count(), each->Values());
+      const QZInterface entered(kText, help.Count(), help.Values()), refused(kText, bad.Count(), bad.Values());
+      QZInterface none("");
+      QZParseCommandLineLW(none, version.Count(), version.Values());
+      qzerr << "done" << qzendl;
+    });
+    QZThrow.Fatal("over");
+  };
+  EXPECT_EXIT(fail(), ::testing::ExitedWithCode(1), "done\n$");
+}
+
 TEST(CommandLineExit, TheOneLineEntry) {
   const auto enter = [](const std::string& text, const Args& args, bool strict) {
     QZThrow.SetStrict(strict);
@@ -402,6 +418,14 @@ TEST_F(LightCommandLine, SwitchesAndPositionalArguments) {
     EXPECT_EQ(told, expected) << line;
     EXPECT_EQ(ValuesOf(itf), c.values) << line;
   }
+}
+
+TEST_F(LightCommandLine, AFileThatDoesNotLoadSpoilsTheListFromThereOn) {
+  const TemporaryFile file("contents");
+  QZInterface itf("!PARAMETER -f\n!TYPE file\n!KEYLESS 1\n!LIST true\n!END\n");
+  EXPECT_FALSE(Parse(itf, {"/nonexistent/a", file.Name(), "/nonexistent/b"}));
+  const std::string invalid = "Warning: Invalid command line argument ";
+  EXPECT_EQ(told, (Told{invalid + "/nonexistent/a", invalid + file.Name(), invalid + "/nonexistent/b"}));
 }
 
 TEST_F(LightCommandLine, TooManyArguments) {

@@ -36,6 +36,11 @@ constexpr char kText[] = R"(
   !TYPE file
   !LIST true
 !END
+!PARAMETER -matrix
+  !TYPE stringEx
+  !LIST true
+  !LEGAL_VALUE unit
+!END
 )";
 
 class ParameterFile : public ::testing::Test {
@@ -145,6 +150,29 @@ TEST_F(ParameterFile, AFileThatDoesNotLoadSpoilsTheListFromThereOn) {
   EXPECT_FALSE(itf.GetParameter("-files")->GetHasValue(0));
   EXPECT_EQ(Joined(itf.GetParameter("-files")->GetStringValues()),
             "/proc/self/status|/nonexistent/a|/proc/self/status");
+}
+
+TEST_F(ParameterFile, AFileThatDidNotLoadSpoilsTheNextLineToo) {
+  EXPECT_FALSE(Read("-files /nonexistent/a\n-files /proc/self/status /nonexistent/b\n"));
+  const std::string load = "Warning: Unable to load parameter -files listed in parameter file, check that ";
+  EXPECT_EQ(told, (Told{load + "/nonexistent/a is a valid setting", load + "/proc/self/status is a valid setting",
+                        load + "/nonexistent/b is a valid setting"}));
+}
+
+TEST_F(ParameterFile, EachValueIsToldBeforeTheNextIsLookedAt) {
+  EXPECT_FALSE(Read("-matrix /nonexistent/a unit /nonexistent/b\n-files /nonexistent/a x /nonexistent/b\n"));
+  const auto missing = [](const std::string& name) {
+    return "Warning: -matrix file " + name + " does not exist or is empty.";
+  };
+  const auto illegal = [](const std::string& name) {
+    return "Warning: " + name +
+           " is not a legal setting for parameter -matrix (specified in parameter file)\n  Legal value : unit";
+  };
+  const std::string load = "Warning: Unable to load parameter -files listed in parameter file, check that ";
+  EXPECT_EQ(told, (Told{missing("/nonexistent/a"), illegal("/nonexistent/a"), missing("/nonexistent/b"),
+                        illegal("/nonexistent/b"), load + "/nonexistent/a is a valid setting",
+                        load + "x is a valid setting", load + "/nonexistent/b is a valid setting"}));
+  EXPECT_EQ(ValuesOf(itf), "-matrix=unit");
 }
 
 TEST_F(ParameterFile, ALongLineIsLoadedOnce) {
