@@ -2,6 +2,7 @@
 
 #include "qz/system/frame/iterbase.h"
 #include "qz/system/frame/iterempty_impl.h"
+#include "qz/system/frame/threadsafe_impl.h"
 
 namespace QZSystem {
 
@@ -9,9 +10,9 @@ namespace QZSystem {
 ///
 ///     if (!impl) return new QZEmptyIter<QZBaseData>;
 ///
-/// Stepping does nothing and no position is on an element. One thread at a time.
+/// Stepping does nothing and no position is on an element. It lives in a pool: see threadsafe.h. One thread at a time.
 template <class T>
-class QZEmptyIter : public QZIterBase<T> {
+class QZEmptyIter : public QZIterBase<T>, public PoolObject<emptyIterSize> {
  public:
   [[nodiscard]] QZEmptyIter* Copy() const override { return new QZEmptyIter; }
 

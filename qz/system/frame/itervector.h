@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qz/system/frame/iterbase.h"
+#include "qz/system/frame/threadsafe_impl.h"
 
 namespace QZSystem {
 
@@ -50,9 +51,9 @@ class QZOffsetIterBase : public QZIterBase<T> {
 ///     std::vector<QZBaseData*> data;
 ///     QZIterBase<QZBaseData>* all = new QZVectorPtrIter<QZBaseData>(data);
 ///
-/// REQUIRES: no element is null where it is dereferenced. One thread at a time.
+/// It lives in a pool: see threadsafe.h. REQUIRES: no element is null where it is dereferenced. One thread at a time.
 template <class T>
-class QZVectorPtrIter : public QZOffsetIterBase<T> {
+class QZVectorPtrIter : public QZOffsetIterBase<T>, public PoolObject<vectorPtrIterSize> {
  public:
   using Vector = std::vector<T*>;
 
