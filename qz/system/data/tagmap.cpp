@@ -21,10 +21,15 @@ constexpr unsigned int firstFreeTag = 1024;
 constexpr TagBiMap::Entry fixedNames[] = {{"", 0}, {"QZBondStereo", 55}};
 
 // The map is never destroyed: a thread that runs on while the process ends, and the destructor of any static object,
-// may still hold tags and the names behind them.
+// may still hold tags and the names behind them. Of threads that make one at the same time the first keeps its own. A
+// static of the language would have the others wait, and the child of a fork at that moment for ever.
+std::atomic<TagBiMap*> theMap{nullptr};
+
 TagBiMap& Map() {
-  static TagBiMap& map = *new TagBiMap;
-  return map;
+  TagBiMap* map = theMap.load(std::memory_order_acquire);
+  if (map != nullptr) return *map;
+  auto made = std::make_unique<TagBiMap>();
+  return theMap.compare_exchange_strong(map, made.get()) ? *made.release() : *map;
 }
 
 // Names are read eight bytes at a time, and most in the same four pieces: the first eight bytes, the last eight, and

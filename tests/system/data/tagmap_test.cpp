@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "qz/system/data/tagmap_impl.h"
@@ -25,7 +26,14 @@ namespace {
 thread_local long allocations = 0;
 thread_local long failingAllocation = -1;
 
+// Stops a thread in its next allocation: 1 while it stands there, until another thread sets it to 2.
+thread_local std::atomic<int>* pause = nullptr;
+
 void* AllocateOrNull(std::size_t size) {
+  if (std::atomic<int>* const here = std::exchange(pause, nullptr)) {
+    *here = 1;
+    while (*here == 1) std::this_thread::yield();
+  }
   return allocations++ == failingAllocation ? nullptr : std::malloc(size == 0 ? 1 : size);
 }
 
@@ -282,8 +290,6 @@ TEST(TagsDeathTest, WorkUntilTheProcessHasEnded) {
 }
 
 TEST(Tags, AChildProcessCanRegisterWhileAThreadOfItsParentDid) {
-  // A child can't finish a first use that another thread of its parent was in the middle of.
-  static_cast<void>(QZGetTag("in the parent"));
   std::atomic<bool> stop{false};
   std::thread thread([&] {
     for (int i = 0; !stop; ++i) static_cast<void>(QZGetTag("in the parent " + std::to_string(i % 2000)));
@@ -297,6 +303,27 @@ TEST(Tags, AChildProcessCanRegisterWhileAThreadOfItsParentDid) {
   }
   stop = true;
   thread.join();
+}
+
+// In a process of its own, which has no map yet.
+TEST(TagsDeathTest, AChildProcessCanRegisterWhileAThreadOfItsParentMakesTheMap) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  EXPECT_EXIT(
+      {
+        alarm(60);  // for the case that a static object has made it
+        std::atomic<int> making{0};
+        std::thread thread([&] {
+          pause = &making;
+          static_cast<void>(QZGetTag("in the parent"));
+        });
+        while (making == 0) std::this_thread::yield();
+        const int status = StatusOfChild([] { return QZGetTag("in the child") == 1024 ? 0 : 1; });
+        const bool first = QZGetTag("in the parent too") == 1024;
+        making = 2;
+        thread.join();
+        _exit(status == 0 && first && QZGetTag("in the parent") == 1025 ? 7 : 8);
+      },
+      testing::ExitedWithCode(7), "");
 }
 
 }  // namespace
