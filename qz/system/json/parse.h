@@ -25,7 +25,7 @@ struct QZJSONAttr {
 ///     if (!name.error) Use(name.value);
 ///
 /// `NaN`, `Inf`, `Infinity` and their negatives are numbers; each number becomes the double nearest to its text. On
-/// text that isn't JSON, whose brackets nest deeper than 1024, or that is longer than 2^31 - 1 bytes the result is
+/// text that isn't JSON, whose brackets nest deeper than 1024, or that is longer than 2,000,000,000 bytes the result is
 /// false after the warning "JSON: parse error offset %d: %s"; after another top-level value, "JSON: Top level document
 /// must be an object". The document is then null or that value. The stack that a call takes doesn't depend on the text.
 /// Safe from any thread.

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <new>
 
+#include "qz/system/json/bracketdepth_impl.h"
 #include "qz/system/json/number_impl.h"
 #include "qz/system/json/plaintext_impl.h"
 
@@ -30,26 +31,6 @@ class StringWriter : public rapidjson::Writer<Sink> {
   using rapidjson::Writer<Sink>::WriteString;
 };
 
-/// The brackets that are open at most at a time, outside strings.
-std::size_t DepthOf(std::string_view text) {
-  std::size_t depth = 0, deepest = 0;
-  bool inString = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (inString) {
-      if (c == '\\') ++i;
-      inString = c != '"';
-    } else if (c == '"') {
-      inString = true;
-    } else if (c == '{' || c == '[') {
-      deepest = std::max(deepest, ++depth);
-    } else if ((c == '}' || c == ']') && depth > 0) {
-      --depth;
-    }
-  }
-  return deepest;
-}
-
 }  // namespace
 
 QZJSONTextWriter::QZJSONTextWriter()
@@ -67,7 +48,7 @@ void QZJSONTextWriter::Grow(std::size_t size) {
 }
 
 void QZJSONTextWriter::Document(std::string_view document) {
-  if (depth + DepthOf(document) > kMaxDepth) tooDeep = true;
+  if (depth + JSONImpl::BracketDepth(document) > kMaxDepth) tooDeep = true;
   Raw(document);
   if (!oneLine) return;
   const auto isLineEnd = [](char c) { return c == '\n' || c == '\r'; };

@@ -1,0 +1,122 @@
+// A document, as docs/generic-json.md tells it:
+//
+//   {"type":"container","version":"0.91",KEY:VALUE,...,"qzhint":{KEY:HINT,...}}
+//
+// KEY is a name, with "_" in front where the name is one of "qzhint", "type" and "version" behind any number of
+// underscores. HINT is a string in which "i" stands for numbers that are int, "f" for float, and "m" for an array that
+// is several values of one name; "qzhint" is absent when there are none. A nested container is such an object again.
+#include "qz/system/json/json.h"
+
+#include <string_view>
+
+#include "qz/system/frame/error.h"
+#include "qz/system/json/json_impl.h"
+#include "qz/system/json/jsonhandler.h"
+#include "qz/system/json/parse.h"
+
+namespace QZSystem {
+
+template class QZBaseDataT<JSONString>;
+
+namespace {
+
+constexpr char kBadVersion[] = "JSON: document version %s, not compatible with current reader version: %s";
+constexpr char kUnknownType[] = "JSON: Unrecognized type: %s";
+
+constexpr char kType[] = "type";
+constexpr char kVersion[] = "version";
+
+constexpr std::string_view kReadable = "0";
+
+struct Escape {
+  char character;
+  std::string_view text;
+};
+constexpr Escape kEscapes[] = {{'<', "&lt;"}, {'>', "&gt;"}};
+
+}  // namespace
+
+namespace JSONImpl {
+
+const ReservedKeys kDocumentKeys = {qzbase_xlist, qzbase_nxlist};
+
+void genQZBaseVersioned(QZJSONWriter& writer, const QZBase& base, unsigned int flavor) {
+  writer.Key(kVersion);
+  writer.String(JSONVersion);
+  genQZBase(writer, base, kDocumentKeys, flavor);
+}
+
+bool parseQZBaseValid(QZBase& base, rapidjson::Value& value) {
+  {
+    const QZJSONAttr<std::string> version = GetJSONStringAttr(value, kVersion, true);
+    if (version.error || !compatibleJSONVersion(version.value)) return false;
+  }
+  return parseQZBase(base, value, kDocumentKeys);
+}
+
+}  // namespace JSONImpl
+
+std::string QZBaseToJSON(const QZBase& base, unsigned int flavor) {
+  rapidjson::StringBuffer buffer;
+  QZJSONWriter writer(buffer);
+  writer.StartObject();
+  writer.Key(kType);
+  writer.String(ContainerType);
+  JSONImpl::genQZBaseVersioned(writer, base, flavor);
+  writer.EndObject();
+  return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+bool QZJSONToBase(QZBase& base, const std::string& text) {
+  rapidjson::Document document;
+  if (!JSONParseHelper(document, text)) return false;
+  const QZJSONAttr<std::string> type = GetJSONStringAttr(document, kType);
+  if (type.error) return false;
+  base.Clear();
+  if (!type.found) return JSONImpl::parseQZBase(base, document, JSONImpl::kDocumentKeys);
+  if (type.value == ContainerType) return JSONImpl::parseQZBaseValid(base, document);
+  if (QZJSONHandlerBase* handler = QZGetJSONHandlerByType(type.value)) return handler->Read(base, type.value, document);
+  QZThrow.Warning(kUnknownType, type.value.c_str());
+  return false;
+}
+
+void QZGenBaseDataJSON(QZJSONWriter& writer, const QZBase& base, const char* const* xlist, unsigned long nxlist,
+                       unsigned int flavor) {
+  JSONImpl::genQZBase(writer, base, {xlist, nxlist}, flavor);
+}
+
+bool QZParseBaseDataJSON(QZBase& base, rapidjson::Value& value, const char* const* xlist, unsigned long nxlist) {
+  return value.IsObject() && JSONImpl::parseQZBase(base, value, {xlist, nxlist});
+}
+
+bool compatibleJSONVersion(const std::string& version) {
+  if (version.substr(0, version.find('.')) == kReadable) return true;
+  QZThrow.Warning(kBadVersion, version.c_str(), JSONVersion);
+  return false;
+}
+
+std::string& QZEscapeJSON(std::string& text) {
+  std::string escaped;
+  for (const char character : text) {
+    std::size_t i = 0;
+    while (i < std::size(kEscapes) && kEscapes[i].character != character) ++i;
+    i < std::size(kEscapes) ? escaped.append(kEscapes[i].text) : escaped.append(1, character);
+  }
+  text.swap(escaped);
+  return text;
+}
+
+std::string& QZUnescapeJSON(std::string& text) {
+  std::string plain;
+  for (std::string_view rest = text; !rest.empty();) {
+    std::size_t i = 0;
+    while (i < std::size(kEscapes) && rest.substr(0, kEscapes[i].text.size()) != kEscapes[i].text) ++i;
+    const bool isEscape = i < std::size(kEscapes);
+    plain += isEscape ? kEscapes[i].character : rest.front();
+    rest.remove_prefix(isEscape ? kEscapes[i].text.size() : 1);
+  }
+  text.swap(plain);
+  return text;
+}
+
+}  // namespace QZSystem

@@ -1,0 +1,255 @@
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "qz/system/frame/error.h"
+#include "qz/system/frame/iterowner.h"
+#include "qz/system/json/bracketdepth_impl.h"
+#include "qz/system/json/json.h"
+#include "qz/system/json/json_impl.h"
+#include "qz/system/json/jsonhandler.h"
+#include "qz/system/json/limits.h"
+#include "qz/system/json/rawwriter_impl.h"
+#include "qz/system/qzb/qzb.h"
+
+namespace QZSystem::JSONImpl {
+
+namespace {
+
+constexpr char kCannotWrite[] =
+    "JSON: Can not write object with key: %s, no handler for internal generic data type: %p";
+
+constexpr char kHints[] = "qzhint";
+
+// What other parts of a program keep for themselves beside the data of an object. Sorted.
+constexpr std::string_view kLeftOut[] = {
+    "CDXAtomNumHydrogens",
+    "CIFBlockTagData",
+    "Gaussian Grid",
+    "MiniMolTagDataTag",
+    "PDBTagData",
+    "PLP Annotation",
+    "QZStyleList2",
+    "QZUnknownQZBData",
+    "QZ_unit_cell",
+    "ReceptorData",
+    "SDTagData",
+    "__rotorTag__",
+    "snark",
+};
+
+bool IsLeftOut(std::string_view name) {
+  return name.empty() || std::binary_search(std::begin(kLeftOut), std::end(kLeftOut), name) ||
+         QZIsInternalQZBTag(name.data(), name.size());
+}
+
+/// The objects that are being written on this thread, each inside the one before.
+thread_local int objectDepth = 0;
+
+/// Puts values as the flavor wants them.
+struct Output {
+  QZJSONWriter& writer;
+  bool isEscaped;
+
+  void Put(bool value) { writer.Bool(value); }
+  void Put(int value) { writer.Int(value); }
+  void Put(double value) { RawWriter::Double(writer, value); }
+  void Put(float value) { Put(static_cast<double>(value)); }
+  void Put(const JSONString& value) { RawWriter::Raw(writer, value.GetText()); }
+  void Put(std::string_view value) {
+    if (isEscaped) return PutEscaped(std::string(value));
+    RawWriter::String(writer, value);
+  }
+  void PutEscaped(std::string value) { RawWriter::String(writer, QZEscapeJSON(value)); }
+  template <class T>
+  void Put(const std::vector<T>& values) {
+    writer.StartArray();
+    for (const auto& value : values) Put(value);
+    writer.EndArray();
+  }
+};
+
+template <class T>
+void PutHolder(Output& output, const QZBaseData& holder) {
+  output.Put(static_cast<const QZBaseDataT<T>&>(holder).GetData());
+}
+
+/// A type that has a form of its own, with the hints for a value that begins a member and for one in an array. Null is
+/// no hint.
+struct Form {
+  const void* type;
+  const char* hint;
+  const char* arrayHint;
+  void (*put)(Output&, const QZBaseData&);
+};
+
+template <class T>
+Form FormOf(const char* hint, const char* arrayHint) {
+  return {QZGetDataType<T>(), hint, arrayHint, &PutHolder<T>};
+}
+
+const Form* FindForm(const void* type) {
+  static const Form forms[] = {
+      FormOf<int>("i", "mi"),
+      FormOf<float>("f", "mf"),
+      FormOf<double>(nullptr, "m"),
+      FormOf<std::string>(nullptr, "m"),
+      FormOf<JSONString>(nullptr, nullptr),
+      FormOf<bool>(nullptr, "m"),
+      FormOf<std::vector<std::string>>(nullptr, nullptr),
+      FormOf<std::vector<double>>(nullptr, nullptr),
+      FormOf<std::vector<float>>("f", "f"),
+      FormOf<std::vector<bool>>(nullptr, nullptr),
+      FormOf<std::vector<int>>("i", "i"),
+  };
+  const auto* const end = std::end(forms);
+  const auto* const form = std::find_if(std::begin(forms), end, [type](const Form& each) { return each.type == type; });
+  return form == end ? nullptr : form;
+}
+
+/// Writes the members of one object.
+class ObjectWriter {
+ public:
+  ObjectWriter(QZJSONWriter& jsonWriter, const ReservedKeys& reserved, unsigned int flavor)
+      : output{jsonWriter, (flavor & QZJSONEscaped) != 0}, keys(reserved) {
+    ++objectDepth;
+  }
+  ~ObjectWriter() { --objectDepth; }
+  ObjectWriter(const ObjectWriter&) = delete;
+  ObjectWriter& operator=(const ObjectWriter&) = delete;
+
+  void Write(const QZBase& base);
+
+ private:
+  struct Hint {
+    std::string key;
+    std::string_view word;
+  };
+
+  void Collect(const QZBase& base);
+  void WriteTag(std::size_t first, std::size_t last);
+  void WriteValue(QZBaseData& holder, bool isLast);
+  void WriteByHandler(QZBaseData& holder, bool isLast);
+  void MakeKey(std::string_view name);
+  void Begin(bool isLast, const char* hint, const char* arrayHint);
+  void Warn(const QZBaseData& holder) { QZThrow.Warning(kCannotWrite, key.c_str(), holder.GetDataType()); }
+  void WriteHints();
+
+  Output output;
+  const ReservedKeys& keys;
+  std::vector<QZBaseData*> holders;
+  std::vector<Hint> hints;
+  /// Of the values that are being written, and whether these stand in an array.
+  std::string key;
+  bool inArray = false;
+};
+
+void ObjectWriter::Write(const QZBase& base) {
+  Collect(base);
+  for (std::size_t first = 0; first < holders.size();) {
+    std::size_t last = first;
+    while (last + 1 < holders.size() && holders[last + 1]->GetTag() == holders[first]->GetTag()) ++last;
+    WriteTag(first, last);
+    first = last + 1;
+  }
+  WriteHints();
+}
+
+bool sortmethod(const QZBaseData* a, const QZBaseData* b) { return a->GetTag() < b->GetTag(); }
+
+void ObjectWriter::Collect(const QZBase& base) {
+  for (QZBaseData& holder : QZIter(base.GetDataIter())) holders.push_back(&holder);
+  if (!std::is_sorted(holders.begin(), holders.end(), sortmethod)) {
+    std::stable_sort(holders.begin(), holders.end(), sortmethod);
+  }
+}
+
+/// Writes the holders from `first` to `last`, which are those of one tag.
+void ObjectWriter::WriteTag(std::size_t first, std::size_t last) {
+  const std::string_view name = QZGetTag(holders[first]->GetTag());
+  if (IsLeftOut(name)) return;
+  MakeKey(name);
+  for (std::size_t i = first; i <= last; ++i) WriteValue(*holders[i], i == last);
+  if (std::exchange(inArray, false)) output.writer.EndArray();
+}
+
+void ObjectWriter::MakeKey(std::string_view name) {
+  key.clear();
+  if (foundExtendedTag(keys, name)) key = "_";
+  key += name;
+  if (output.isEscaped) QZEscapeJSON(key);
+}
+
+void ObjectWriter::WriteValue(QZBaseData& holder, bool isLast) {
+  const Form* const form = FindForm(holder.GetDataType());
+  if (!form) return WriteByHandler(holder, isLast);
+  if (form->type == QZGetDataType<JSONString>()) {
+    const std::size_t open = RawWriter::OpenBrackets(output.writer) + (!inArray && !isLast ? 1 : 0);
+    const std::size_t inside = BracketDepth(static_cast<const QZBaseDataT<JSONString>&>(holder).GetData().GetText());
+    if (open + inside > kMaxJSONDepth) return Warn(holder);
+  }
+  Begin(isLast, form->hint, form->arrayHint);
+  form->put(output, holder);
+}
+
+void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
+  QZJSONHandlerBase* const handler = QZGetJSONHandlerByType(holder.GetDataType());
+  QZJSONHandlerBase* const vectorHandler = handler ? nullptr : QZGetJSONVHandlerByType(holder.GetDataType());
+  if ((!handler && !vectorHandler) || objectDepth == kMaxObjectDepth) return Warn(holder);
+  Begin(isLast, nullptr, handler ? "m" : nullptr);
+  const std::size_t before = RawWriter::Size(output.writer);
+  if (handler) {
+    handler->Write(&holder, output.writer, handler->GetFlavor());
+  } else {
+    vectorHandler->VWrite(&holder, output.writer, vectorHandler->GetFlavor());
+  }
+  if (RawWriter::Size(output.writer) == before) output.writer.Null();
+}
+
+/// What stands before a value, unless an array is open: the key, and the array if more values follow. Notes the hint,
+/// of which the last of a key counts.
+void ObjectWriter::Begin(bool isLast, const char* hint, const char* arrayHint) {
+  const char* const word = inArray ? arrayHint : hint;
+  if (!inArray) {
+    RawWriter::String(output.writer, key);
+    if (!isLast) output.writer.StartArray();
+    inArray = !isLast;
+  }
+  if (!word) return;
+  if (hints.empty() || hints.back().key != key) hints.push_back({key, {}});
+  hints.back().word = word;
+}
+
+/// Two names may have one key, where one was escaped and the other looks as if it were.
+void ObjectWriter::WriteHints() {
+  if (hints.empty()) return;
+  std::stable_sort(hints.begin(), hints.end(), [](const Hint& a, const Hint& b) { return a.key < b.key; });
+  output.writer.Key(kHints);
+  output.writer.StartObject();
+  for (std::size_t i = 0; i < hints.size(); ++i) {
+    if (i + 1 < hints.size() && hints[i + 1].key == hints[i].key) continue;
+    RawWriter::String(output.writer, hints[i].key);
+    RawWriter::String(output.writer, hints[i].word);
+  }
+  output.writer.EndObject();
+}
+
+}  // namespace
+
+bool IsReserved(const ReservedKeys& keys, std::string_view key) {
+  return keys.first && std::binary_search(keys.first, keys.first + keys.count, key);
+}
+
+bool foundExtendedTag(const ReservedKeys& keys, std::string_view key) {
+  const std::size_t first = key.find_first_not_of('_');
+  return first != std::string_view::npos && IsReserved(keys, key.substr(first));
+}
+
+void genQZBase(QZJSONWriter& writer, const QZBase& base, const ReservedKeys& keys, unsigned int flavor) {
+  ObjectWriter(writer, keys, flavor).Write(base);
+}
+
+}  // namespace QZSystem::JSONImpl

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <utility>
+
+#include "qz/system/data/container.h"
+
+namespace QZSystem {
+
+/// A container in a container, in all that many, under the name "in".
+inline QZContainer Nested(int levels) {
+  QZContainer outer;
+  for (int i = 1; i < levels; ++i) {
+    QZContainer inner = std::move(outer);
+    outer = QZContainer();
+    outer.SetData<QZContainer>("in", std::move(inner));
+  }
+  return outer;
+}
+
+inline int LevelsOf(const QZContainer& container) {
+  int levels = 1;
+  const QZContainer* at = &container;
+  for (; at->HasData("in"); ++levels) at = &at->GetData<QZContainer>("in");
+  return levels;
+}
+
+/// Runs the function on a thread with a stack of 256 KiB.
+template <class Function>
+void OnSmallStack(Function function) {
+  const auto run = [](void* argument) -> void* {
+    (*static_cast<Function*>(argument))();
+    return nullptr;
+  };
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 256 * 1024);
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &function), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+}  // namespace QZSystem

@@ -1,0 +1,236 @@
+#include "qz/system/json/jsonhandler.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qz/system/data/container.h"
+#include "qz/system/json/json.h"
+#include "qz/system/json/parse.h"
+#include "tests/system/cli/messages.h"
+#include "tests/system/json/describe.h"
+
+namespace QZSystem {
+namespace {
+
+const std::string containerText = R"({"type":"container","version":"0.91","x":true})";
+
+QZContainer Inner() {
+  QZContainer inner;
+  inner.SetData("x", true);
+  return inner;
+}
+
+/// Uses the handler for containers before main and, made by the first of all initialisers, behind all destructors of
+/// the toolkit.
+class EarlyAndLate {
+ public:
+  EarlyAndLate() = default;
+  ~EarlyAndLate() {
+    if (isTold) std::fprintf(stderr, "late: %s\n", QZBaseToJSON(*outer).c_str());
+  }
+  bool isTold = false;
+  QZContainer* outer = nullptr;
+};
+__attribute__((init_priority(101))) EarlyAndLate earlyAndLate;
+
+__attribute__((init_priority(102))) const std::string earlyText = [] {
+  QZContainer outer;
+  outer.SetData("in", Inner());
+  const std::string text = QZBaseToJSON(outer);
+  QZContainer back;
+  return QZJSONToBase(back, text) && back.GetData<QZContainer>("in").HasData("x") ? text : "";
+}();
+
+/// What a test handler was asked to do.
+struct Box {
+  int size = 0;
+};
+
+/// Reads and writes {"type":"box","size":1}. Counts the handlers that were deleted under each word.
+class BoxHandler : public QZJSONHandlerBase {
+ public:
+  explicit BoxHandler(std::string itsWord, bool isTyped = true, int* deletions = nullptr)
+      : word(std::move(itsWord)), typed(isTyped), deleted(deletions) {}
+  ~BoxHandler() override {
+    if (deleted) ++*deleted;
+  }
+
+  bool Read(QZBase& base, const std::string& key, rapidjson::Value& value) override {
+    const auto size = GetJSONIntAttr(value, "size");
+    return size.found && !size.error && base.SetData<Box>(QZGetTag(key), {size.value});
+  }
+  bool VRead(QZBase& base, const std::string& key, rapidjson::Value& array, bool multi) override {
+    std::vector<Box> boxes;
+    for (auto& each : array.GetArray()) boxes.push_back({GetJSONIntAttr(each, "size").value});
+    if (!multi) return base.SetData<std::vector<Box>>(QZGetTag(key), boxes);
+    for (const Box& box : boxes) base.AddData<Box>(QZGetTag(key), box);
+    return true;
+  }
+  void Write(QZBaseData* holder, QZJSONWriter& writer, unsigned int flavor) override {
+    Write(static_cast<QZBaseDataT<Box>*>(holder)->GetData(), writer, flavor);
+  }
+  void VWrite(QZBaseData* holder, QZJSONWriter& writer, unsigned int flavor) override {
+    writer.StartArray();
+    for (const Box& box : static_cast<QZBaseDataT<std::vector<Box>>*>(holder)->GetData()) Write(box, writer, flavor);
+    writer.EndArray();
+  }
+  std::string GetJsonType() const override { return word; }
+  const void* GetDataType() const override { return typed ? QZGetDataType<Box>() : nullptr; }
+  const void* GetVDataType() const override { return typed ? QZGetDataType<std::vector<Box>>() : nullptr; }
+  unsigned int GetFlavor() const override { return 5; }
+
+ private:
+  // A box of size 0 is a value that the handler doesn't write.
+  void Write(const Box& box, QZJSONWriter& writer, unsigned int flavor) const {
+    if (box.size == 0) return;
+    writer.StartObject();
+    writer.Key("type");
+    writer.String(word.c_str());
+    writer.Key("size");
+    writer.Int(box.size);
+    writer.Key("flavor");
+    writer.Uint(flavor);
+    writer.EndObject();
+  }
+
+  std::string word;
+  bool typed;
+  int* deleted;
+};
+
+/// The registry of the process with a handler for boxes.
+const bool boxesAreRegistered = QZRegisterJSONHandler(new BoxHandler("box"));
+const bool cratesAreRegistered = QZRegisterJSONHandler(new BoxHandler("crate", false));
+
+TEST(JSONHandler, ContainersWorkFromTheFirstInitialiserToTheLastDestructor) {
+  EXPECT_EQ(earlyText, R"({"type":"container","version":"0.91","in":)" + containerText + "}");
+  QZJSONHandlerBase* const handler = QZGetJSONHandlerByType("container");
+  ASSERT_NE(handler, nullptr);
+  EXPECT_EQ(QZGetJSONHandlerByType(std::string("container")), handler);
+  EXPECT_EQ(QZGetJSONHandlerByType(QZGetDataType<QZContainer>()), handler);
+  EXPECT_EQ(QZGetJSONVHandlerByType(QZGetDataType<std::vector<QZContainer>>()), handler);
+  EXPECT_EQ(QZGetJSONVHandlerByType(QZGetDataType<QZContainer>()), nullptr);
+  const auto end = [] {
+    earlyAndLate.isTold = true;
+    earlyAndLate.outer = new QZContainer;
+    earlyAndLate.outer->SetData("in", Inner());
+    earlyAndLate.outer->SetData("box", Box{1});
+    std::exit(0);
+  };
+  EXPECT_EXIT(end(), testing::ExitedWithCode(0), "key: box(.|\n)*late: .*\"in\":.\"type\":\"container\"");
+}
+
+TEST(JSONHandler, WordsBecomeTagsByBeingLookedUp) {
+  EXPECT_EQ(QZGetJSONHandlerByType("word of no handler"), nullptr);
+  EXPECT_TRUE(QZHasTag(std::string("word of no handler")));
+}
+
+TEST(JSONHandler, EachHandlerIsDeletedOnceWhenNothingHoldsIt) {
+  int first = 0, second = 0, third = 0, fourth = 0;
+  {
+    QZJSONHandlerRegistry registry;
+    auto* const one = new BoxHandler("one", true, &first);
+    registry.AddHandler(one);
+    registry.AddHandler(one);
+    registry.AddHandler(nullptr);
+    EXPECT_EQ(registry.GetHandlerByType("one"), one);
+    registry.AddHandler(new BoxHandler("one", false, &second));
+    EXPECT_EQ(first, 0) << "still stands for the type";
+    EXPECT_EQ(registry.GetHandlerByType(QZGetDataType<Box>()), one);
+    registry.AddHandler(new BoxHandler("two", true, &third));
+    EXPECT_EQ(first, 1);
+    registry.AddHandler(new BoxHandler("one", false, &fourth));
+    EXPECT_EQ(second, 1);
+    registry.AddHandler(new BoxHandler("two"));
+    EXPECT_EQ(third, 1) << "all three places at once";
+    EXPECT_EQ(fourth, 0);
+  }
+  EXPECT_EQ(fourth, 1);
+  EXPECT_EQ(first + second + third, 3);
+}
+
+QZContainer Boxes(std::vector<int> sizes) {
+  QZContainer base;
+  for (const int size : sizes) base.AddData("a", Box{size});
+  return base;
+}
+
+/// The sizes of the boxes that are read, and the messages.
+std::string Read(const std::string& text) {
+  Messages messages;
+  QZContainer base;
+  std::string sizes = QZJSONToBase(base, text) ? "" : "false ";
+  for (QZBaseData& value : QZIter(base.GetDataIter())) {
+    if (const auto* box = QZBaseImpl::As<Box>(&value)) sizes += std::to_string(box->GetData().size) + " ";
+    if (const auto* boxes = QZBaseImpl::As<std::vector<Box>>(&value)) {
+      for (const Box& box : boxes->GetData()) sizes += "v" + std::to_string(box.size) + " ";
+    }
+    if (const auto* json = QZBaseImpl::As<JSONString>(&value)) sizes += json->GetData().GetText() + " ";
+  }
+  return sizes + messages.Take();
+}
+
+TEST(JSONHandler, ClassesOfAHandlerComeBack) {
+  const std::string one = R"({"type":"box","size":1,"flavor":5})", two = R"({"type":"box","size":2,"flavor":5})";
+  QZContainer vector;
+  vector.SetData("a", std::vector<Box>{{1}, {2}});
+  const std::string frame = R"({"type":"container","version":"0.91","a":)";
+  const struct {
+    QZContainer base;
+    std::string text, sizes;
+  } cases[] = {
+      {Boxes({1}), frame + one + "}", "1 "},
+      {Boxes({1, 2}), frame + "[" + one + "," + two + R"(],"qzhint":{"a":"m"}})", "1 2 "},
+      {vector, frame + "[" + one + "," + two + "]}", "v1 v2 "},
+  };
+  for (const auto& [base, text, sizes] : cases) {
+    EXPECT_EQ(QZBaseToJSON(base, QZJSONEscaped), text);
+    EXPECT_EQ(Read(text), sizes) << text;
+  }
+  EXPECT_EQ(QZBaseToJSON(Boxes({0})), frame + "null}");
+  EXPECT_EQ(Read(R"({"type":"box","size":7})"), "7 ") << "as a whole document";
+  EXPECT_EQ(Read(R"({"type":"box"})"), "false ");
+  EXPECT_EQ(Read(R"({"a":{"type":"box"}})"),
+            "{\"type\":\"box\"} Warning: JSON: Can not read JSON object with key: a, stored as JSONString\n");
+}
+
+TEST(JSONHandler, WithoutADataTypeItServesReadingAlone) {
+  EXPECT_EQ(Read(R"({"a":{"type":"crate","size":3}})"), "3 ");
+  EXPECT_EQ(QZBaseToJSON(Boxes({3})).find("crate"), std::string::npos);
+}
+
+TEST(JSONHandler, ValuesThatAHandlerAddsAreFoundAgain) {
+  const std::string box = R"({"type":"box","size":1})";
+  EXPECT_EQ(Read(R"({"z":)" + box + R"(,"a":)" + box + R"(,"z":)" + box + R"(,"a":5})"),
+            "false 1 1 Warning: data type mismatch found when using generic data\n");
+}
+
+TEST(JSONHandler, ContainersAreReadInArrays) {
+  rapidjson::Document document;
+  ASSERT_TRUE(JSONParseHelper(document, R"({"good":[)" + containerText + "," + containerText + R"(],"bad":[)" +
+                                            containerText + R"(,{"type":"container"}],"odd":[1],"empty":[],"no":{}})"));
+  const auto read = [&](const char* key, bool multi) {
+    Messages messages;
+    QZContainer base;
+    const bool result = QZGetJSONHandlerByType("container")->VRead(base, "k", document[key], multi);
+    return Describe(base) + (result ? "" : "false ") + messages.Take();
+  };
+  const std::string missing = "false Warning: JSON: missing required attribute, key: version\n";
+  EXPECT_EQ(read("good", true), "k: {x: bool true; }; k: {x: bool true; }; ");
+  EXPECT_EQ(read("good", false), "k: [{x: bool true; },{x: bool true; }]; ");
+  EXPECT_EQ(read("bad", true), "k: {x: bool true; }; " + missing);
+  EXPECT_EQ(read("bad", false), missing);
+  EXPECT_EQ(read("odd", true), "false ");
+  EXPECT_EQ(read("empty", true), "");
+  EXPECT_EQ(read("empty", false), "k: []; ");
+  EXPECT_EQ(read("no", false), "false ");
+}
+
+}  // namespace
+}  // namespace QZSystem
