@@ -19,7 +19,8 @@ std::string_view TextOf(QZByteSlice slice) { return {reinterpret_cast<const char
 template <class T>
 T ValueOf(QZByteSlice bytes) {
   T value{};
-  return QZFieldType<T>::FromBytes(value, bytes.data, bytes.size) ? value : T{};
+  if (!QZFieldType<T>::FromBytes(value, bytes.data, bytes.size)) value = T{};
+  return value;
 }
 
 void PutBytes(QZJSONTextWriter& out, QZByteSlice bytes) {
@@ -96,9 +97,7 @@ struct Hole {
 using Holes = std::vector<Hole>;
 
 void PutNested(QZJSONTextWriter& out, QZByteSlice bytes, Holes& holes) {
-  Hole& hole = holes.emplace_back(Hole{out.Here(), QZRecord()});
-  // What could be read of damaged bytes is the value.
-  static_cast<void>(QZFieldType<QZRecord>::FromBytes(hole.record, bytes.data, bytes.size));
+  holes.push_back({out.Here(), ValueOf<QZRecord>(bytes)});
 }
 
 void PutNestedList(QZJSONTextWriter& out, QZByteSlice bytes, Holes& holes) {

@@ -302,6 +302,15 @@ TEST(RecordJSON, BytesThatDontDecodeAreTheDefault) {
     record.SetBytes(record.GetFields().front(), FromHex(bytes));
     EXPECT_EQ(QZRecordToJSON(record), Document(Field(type, written))) << type;
   }
+  // Not even the fields before the damage, which a typed read doesn't show either.
+  QZRecord inner, record;
+  inner.SetValue(QZField<long>("n"), 5);
+  Bytes bytes = inner.ToBytes();
+  bytes.at(bytes.size() - 2) = 9;  // the length of the last value
+  const QZField<QZRecord> field("a");
+  record.SetBytes(field, bytes);
+  EXPECT_EQ(QZRecordToJSON(record.GetValue(field)), Document(""));
+  EXPECT_EQ(QZRecordToJSON(record), Document(Field("Record", Document(""))));
 }
 
 TEST(RecordJSON, DecodedValuesCount) {
