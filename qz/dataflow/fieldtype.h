@@ -113,13 +113,14 @@ class QZFieldType : public QZFieldTypeHandler {
  public:
   static constexpr QZFieldKind Kind = FieldTypeImpl::Traits<T>::kKind;
 
-  /// The byte form of `value`. A record that nests too deep gives no bytes.
+  /// The byte form of `value`.
   static std::vector<unsigned char> ToBytes(const T& value) {
     std::vector<unsigned char> bytes;
     AppendBytes(bytes, value);
     return bytes;
   }
   /// The same, with no value for no value.
+  static std::optional<std::vector<unsigned char>> ToBytes(std::nullopt_t) { return std::nullopt; }
   template <class U, class = std::enable_if_t<std::is_convertible_v<const U&, const T&>>>
   static std::optional<std::vector<unsigned char>> ToBytes(const std::optional<U>& value) {
     if (!value) return std::nullopt;

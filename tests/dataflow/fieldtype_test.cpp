@@ -77,6 +77,7 @@ TEST(FieldType, ABlobCanBeAppendedToItself) {
 
 TEST(FieldType, NoValueHasNoBytes) {
   EXPECT_EQ(QZFieldType<long>::ToBytes(std::optional<long>()), std::nullopt);
+  EXPECT_EQ(QZFieldType<std::string>::ToBytes(std::nullopt), std::nullopt);
   EXPECT_EQ(QZFieldType<long>::ToBytes(std::optional<int>(5)), Bytes{5});
   EXPECT_EQ(QZFieldType<std::string>::ToBytes(std::optional<std::string>("")), Bytes{});
   EXPECT_EQ(QZFieldType<QZLinkObject>::ToBytes(std::optional<QZLinkObject>(QZLinkObject())), Bytes{});
