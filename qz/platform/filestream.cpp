@@ -84,7 +84,10 @@ unsigned long qzifstream::_qzsize() {
 bool qzifstream::_qzseek(long position) {
   if (descriptor < 0 || position < 0) return false;
   const unsigned long to = static_cast<unsigned long>(position);
-  if (to == _qztell()) return true;
+  if (to == _qztell()) {
+    atEnd = sizeKnown && to == total;  // what has no size may have more by now
+    return true;
+  }
   if (to > size() || SystemCalls::Seek(descriptor, position, SEEK_SET) != position) return false;
   resetBuffer(to, sizeKnown && to == total);
   return true;

@@ -157,6 +157,19 @@ TEST(FileStream, SeeksInsideTheBufferAndOutside) {
   EXPECT_EQ(readAll(in), bytes);
 }
 
+TEST(FileStream, AfterASeekToTheEndAReadLooksForMore) {
+  Folder folder;
+  const std::string path = folder.File("a", "");
+  qzifstream in;
+  in.open(path);
+  EXPECT_EQ(in.get(), -1);
+  EXPECT_TRUE(in.eof());
+  folder.File("a", "more");
+  EXPECT_TRUE(in.seek(0));
+  EXPECT_FALSE(in.eof());
+  EXPECT_EQ(readAll(in), "more");
+}
+
 TEST(FileStream, ALongSkipReadsNothing) {
   Folder folder;
   const std::string path = folder.File("sparse", "");
