@@ -60,7 +60,7 @@ bool Gzip(std::string& out, const char* data, unsigned long size) {
 
 bool QZCompress(std::string& out, const char* data, unsigned long size, const char* format) {
   std::string packed;
-  const bool done = std::strcmp(format, "gz") == 0 && Gzip(packed, data, size);
+  const bool done = format != nullptr && std::strcmp(format, "gz") == 0 && Gzip(packed, data, size);
   if (!done) packed.clear();
   out = std::move(packed);
   return done;

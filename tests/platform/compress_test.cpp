@@ -57,4 +57,7 @@ TEST(QZCompress, AnUnknownFormatGivesNothing) {
     EXPECT_FALSE(QZCompress(packed, "text", 4, format)) << format;
     EXPECT_EQ(packed, "") << format;
   }
+  std::string packed = "old";
+  EXPECT_FALSE(QZCompress(packed, "text", 4, nullptr));
+  EXPECT_EQ(packed, "");
 }
