@@ -7,6 +7,7 @@
 
 #include "qz/system/data/basedata.h"
 #include "qz/system/frame/functor.h"
+#include "qz/system/frame/theonly_impl.h"
 
 namespace QZSystem {
 
@@ -65,9 +66,7 @@ class QZBaseImpl {
   /// the end of the process.
   template <class T>
   [[nodiscard]] static const T& GetDefaultData() {
-    // Never destroyed: the destructor of a static object may still read attached data.
-    static const T& instance = *new T();
-    return instance;
+    return TheOnly<T>();
   }
 
   /// The first value under a tag, or null. Cost: linear in the number of values.

@@ -92,6 +92,7 @@ class LockedBoundedCache : public QZVirtualCache {
     blocks.Give(block);
   }
 
+  /// The lock, for who forks.
   [[nodiscard]] Lock& GetLock() { return lock; }
 
  private:
@@ -117,6 +118,7 @@ class LockedCache : public Base {
     cache.Push(block);
   }
 
+  /// The lock, for who forks.
   [[nodiscard]] Lock& GetLock() { return lock; }
 
  private:

@@ -5,11 +5,11 @@
 
 #include <memory>
 #include <mutex>
-#include <type_traits>
 
 #include "qz/system/frame/error.h"
 #include "qz/system/frame/iterempty.h"
 #include "qz/system/frame/itervector.h"
+#include "qz/system/frame/theonly_impl.h"
 
 namespace QZSystem {
 
@@ -41,55 +41,36 @@ std::atomic<bool> modeWasSet{false};
 std::atomic<bool> threadSafeFlag{true};
 
 // The spin locks of the process, which a fork finds free, as it does the mutexes: the forking thread takes them first
-// and gives them back in both processes.
+// and gives them back in both processes. No cache with such a lock comes up meanwhile.
 std::mutex spinLocksMutex;
-SpinLock* spinLocks[4];
+SpinLock* spinLocks[4];  // of two sizes, bounded and unbounded
+unsigned int spinLockCount = 0;
 
 void TakeSpinLocks() {
   spinLocksMutex.lock();
-  for (SpinLock* each : spinLocks) {
-    if (each) each->lock();
-  }
+  for (unsigned int n = 0; n < spinLockCount; ++n) spinLocks[n]->lock();
 }
 
 void GiveBackSpinLocks() {
-  for (SpinLock* each : spinLocks) {
-    if (each) each->unlock();
-  }
+  for (unsigned int n = 0; n < spinLockCount; ++n) spinLocks[n]->unlock();
   spinLocksMutex.unlock();
 }
 
-void KeepOverForks(SpinLock& lock) {
-  static const int registered = pthread_atfork(&TakeSpinLocks, &GiveBackSpinLocks, &GiveBackSpinLocks);
-  static_cast<void>(registered);
+[[maybe_unused]] const int spinLocksAreForked = pthread_atfork(&TakeSpinLocks, &GiveBackSpinLocks, &GiveBackSpinLocks);
+
+template <class Cache>
+Cache& TheOnlySpinlocked() {
+  static std::atomic<Cache*> only{nullptr};
+  if (Cache* const known = only.load(std::memory_order_acquire)) return *known;
   const std::lock_guard<std::mutex> guard(spinLocksMutex);
-  SpinLock** free = spinLocks;
-  while (*free) ++free;
-  *free = &lock;
+  if (Cache* const known = only.load(std::memory_order_relaxed)) return *known;
+  auto made = std::make_unique<Cache>();
+  spinLocks[spinLockCount++] = &made->GetLock();
+  only.store(made.get(), std::memory_order_release);
+  return *made.release();
 }
 
-void KeepOverForks(CacheMutex&) {}
-
-// The one cache of its class, never destroyed: a thread that runs on while the process ends, and the destructors of
-// static objects, may still use iterators.
-template <class Cache>
-Cache& OfProcess() {
-  alignas(Cache) static unsigned char storage[sizeof(Cache)];
-  static Cache* const cache = new (storage) Cache;
-  return *cache;
-}
-
-template <class Cache>
-Cache& OfProcessWithLock() {
-  static Cache& cache = [&]() -> Cache& {
-    Cache& made = OfProcess<Cache>();
-    KeepOverForks(made.GetLock());
-    return made;
-  }();
-  return cache;
-}
-
-// Static initialisers run on the main thread, and this one before any other thread is there.
+// Static initialisers run on the main thread, and these before any other thread is there.
 bool IsMainThread() {
   static const pthread_t mainThread = pthread_self();
   return pthread_equal(mainThread, pthread_self()) != 0;
@@ -114,15 +95,20 @@ void EndThreadCaches(void* caches) {
 
 // The caches hang on a POSIX key: its destructor runs when those of all thread_local objects have run, which may still
 // hold iterators. A thread that uses a pool after that gets new caches, and the key's destructor is called again.
-ThreadCaches& OfThread() {
+pthread_key_t CachesKey() {
   static const pthread_key_t key = [] {
     pthread_key_t made = PTHREAD_KEYS_MAX;  // no key: where there are none left, caches outlive their threads
     pthread_key_create(&made, &EndThreadCaches);
     return made;
   }();
+  return key;
+}
+[[maybe_unused]] const pthread_key_t keyIsMade = CachesKey();
+
+ThreadCaches& OfThread() {
   if (!threadCaches) {
     auto made = std::make_unique<ThreadCaches>();
-    pthread_setspecific(key, made.get());
+    pthread_setspecific(CachesKey(), made.get());
     threadCaches = made.release();
   }
   return *threadCaches;
@@ -136,7 +122,7 @@ Cache& Made(std::unique_ptr<Cache>& cache) {
 
 template <unsigned long N>
 QZVirtualCache& BoundedOfThread() {
-  if (IsMainThread()) return OfProcess<Bounded<N>>();
+  if (IsMainThread()) return TheOnly<Bounded<N>>();
   if constexpr (N == emptyIterSize) {
     return Made(OfThread().boundedOfEmptyIter);
   } else {
@@ -146,7 +132,7 @@ QZVirtualCache& BoundedOfThread() {
 
 template <unsigned long N>
 Unbounded<N>& FindUnboundedOfThread() {
-  if (IsMainThread()) return OfProcess<Unbounded<N>>();
+  if (IsMainThread()) return TheOnly<Unbounded<N>>();
   if constexpr (N == emptyIterSize) {
     return Made(OfThread().unboundedOfEmptyIter);
   } else {
@@ -196,23 +182,23 @@ QZVirtualCache* QZMemPool<N>::cachePtr() {
   const unsigned int mode = memPoolMode.load(std::memory_order_relaxed);
   switch (mode) {
     case SingleThreaded | BoundedCache:
-      return &OfProcess<Bounded<N>>();
+      return &TheOnly<Bounded<N>>();
     case Mutexed | BoundedCache:
-      return &OfProcessWithLock<QZMutexedBoundedCache<N, batch>>();
+      return &TheOnly<QZMutexedBoundedCache<N, batch>>();
     case ThreadLocal | BoundedCache:
       return &BoundedOfThread<N>();
     case SingleThreaded | UnboundedCache:
-      return &OfProcess<Unbounded<N>>();
+      return &TheOnly<Unbounded<N>>();
     case Mutexed | UnboundedCache:
-      return &OfProcessWithLock<QZMutexedCache<Inner<N>, QZVirtualCache>>();
+      return &TheOnly<QZMutexedCache<Inner<N>, QZVirtualCache>>();
     case ThreadLocal | UnboundedCache:
       return &UnboundedOfThread<N>();
     case System:
-      return &OfProcess<QZSystemAlloc<N>>();
+      return &TheOnly<QZSystemAlloc<N>>();
     case Spinlocked | BoundedCache:
-      return &OfProcessWithLock<QZSpinlockedBoundedCache<N, batch>>();
+      return &TheOnlySpinlocked<QZSpinlockedBoundedCache<N, batch>>();
     case Spinlocked | UnboundedCache:
-      return &OfProcessWithLock<QZSpinlockedCache<Inner<N>, QZVirtualCache>>();
+      return &TheOnlySpinlocked<QZSpinlockedCache<Inner<N>, QZVirtualCache>>();
     default:
       QZThrow.Error(badMode, mode);
       return nullptr;
