@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
-#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -12,6 +12,7 @@
 #include "qz/system/data/container.h"
 #include "qz/system/frame/iterowner.h"
 #include "tests/system/cli/messages.h"
+#include "tests/system/data/allocations.h"
 
 using namespace QZSystem;
 
@@ -316,28 +317,80 @@ TEST(Base, TakesWhatIsAttachedToIt) {
   EXPECT_EQ(Describe(moved), "a=1 b a=2 c=3");
 }
 
-// A value of which only so many copies can be made.
-struct Scarce {
-  explicit Scarce(int& copies) : left(&copies) {}
-  Scarce(const Scarce& other) : left(other.left) {
-    if (left && --*left < 0) throw std::bad_alloc();
-  }
-  Scarce& operator=(const Scarce&) = default;
-  int* left;
-};
-
-TEST(Base, ACopyThatFailsChangesNothing) {
-  int left = 100;
+TEST(Base, AFailedAllocationChangesNothing) {
+  const std::string longText(100, 'x');
   QZContainer source = Sample();
-  source.AddData("scarce", Scarce(left));
+  source.SetData<int*>("array", nullptr, 5);
+  QZContainer sample;
+  sample.AddData("old", 1);
+  sample.AddData("text", longText);
+  const QZBaseDataT<std::string> holder(QZGetTag("text"), "other");
+  const std::function<void(QZContainer&)> works[] = {
+      [&](QZContainer& object) { object = source; },
+      [&](QZContainer& object) { object += source; },
+      [&](QZContainer& object) { QZCopyBaseData(object, source); },
+      [&](QZContainer& object) { object.SetData("new", longText); },
+      [&](QZContainer& object) { object.AddData("new", longText); },
+      [&](QZContainer& object) { object.SetBaseData(&holder); },
+      [&](QZContainer& object) { object.AddBaseData(&holder); },
+  };
+  for (const auto& work : works) {
+    for (const QZContainer& start : {sample, QZContainer()}) {
+      QZContainer object = start;
+      FailEachAllocation(
+          [&] {
+            object = QZContainer(start);
+            work(object);
+          },
+          [&] {
+            EXPECT_EQ(Describe(object), Describe(start)) << "work " << (&work - works);
+            EXPECT_EQ(object.GetData<std::string>("text"), start.GetData<std::string>("text"));
+          });
+    }
+  }
+}
+
+// The number of allocations that some work makes.
+template <class Work>
+long AllocationsOf(const Work& work) {
+  const long before = allocations;
+  work();
+  return allocations - before;
+}
+
+TEST(Base, AScanAllocatesNothing) {
+  const QZContainer object = Sample();
+  const QZContainer empty;
+  const auto scan = [&] {
+    for (const QZContainer* each : {&object, &empty}) {
+      QZIterBase<QZBaseData>* iters[60];
+      for (auto*& iter : iters) iter = each->GetDataIter();
+      for (auto*& iter : iters) {
+        for (iter->ToFirst(); *iter; ++*iter) static_cast<void>((*iter)->GetSize());
+        delete iter;
+      }
+    }
+  };
+  scan();
+  EXPECT_EQ(AllocationsOf(scan), 0);
+  std::thread([&] {
+    scan();
+    EXPECT_EQ(AllocationsOf(scan), 0) << "in another thread";
+  }).join();
+}
+
+TEST(Base, AllocatesOnceForEachValue) {
+  constexpr int count = 10000;
   QZContainer object;
-  object.AddData("old", 1);
-  left = 0;
-  EXPECT_THROW(object = source, std::bad_alloc);
-  EXPECT_THROW(object += source, std::bad_alloc);
-  EXPECT_THROW(QZCopyBaseData(object, source), std::bad_alloc);
-  EXPECT_THROW(QZContainer copy(source), std::bad_alloc);
-  EXPECT_EQ(Describe(object), "old=1");
+  EXPECT_EQ(AllocationsOf([&] { const QZContainer copy = object; }), 0);
+  const unsigned int tag = QZGetTag("value");
+  EXPECT_LT(AllocationsOf([&] {
+              for (int n = 0; n < count; ++n) object.AddData(tag, n);
+            }),
+            count + 20);
+  EXPECT_EQ(AllocationsOf([&] { const QZContainer copy = object; }), count + 2) << "the values, their list, its owner";
+  object.Clear();
+  EXPECT_EQ(AllocationsOf([&] { object.SetData(tag, 1); }), 1) << "the list stays allocated";
 }
 
 TEST(Base, ReadersNeedNoLock) {

@@ -17,14 +17,14 @@
 
 #include "qz/system/data/tagmap_impl.h"
 #include "tests/platform/childstatus.h"
+#include "tests/system/data/allocations.h"
 
 using namespace QZSystem;
 
-namespace {
-
-// Counts the allocations of a thread, and lets one of them fail.
 thread_local long allocations = 0;
 thread_local long failingAllocation = -1;
+
+namespace {
 
 // Stops a thread in its next allocation: 1 while it stands there, until another thread sets it to 2.
 thread_local std::atomic<int>* pause = nullptr;
@@ -40,25 +40,6 @@ void* AllocateOrNull(std::size_t size) {
 void* Allocate(std::size_t size) {
   if (void* const block = AllocateOrNull(size)) return block;
   throw std::bad_alloc();
-}
-
-// Runs `work` with its first allocation failing, then its second and so on, until it gets through.
-void FailEachAllocation(const std::function<void()>& work, const std::function<void()>& afterFailure) {
-  for (long failing = 0; failing < 100; ++failing) {
-    allocations = 0;
-    failingAllocation = failing;
-    bool failed = false;
-    try {
-      work();
-    } catch (const std::bad_alloc&) {
-      failed = true;
-    }
-    const bool reached = allocations > failing;
-    failingAllocation = -1;
-    if (!reached) return;
-    if (failed) afterFailure();
-  }
-  FAIL() << "it never gets through";
 }
 
 unsigned int Add(TagBiMap& map, const std::string& name) { return map.FindOrAdd(name, nullptr).tag; }
@@ -79,6 +60,24 @@ void operator delete(void* block) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+
+void FailEachAllocation(const std::function<void()>& work, const std::function<void()>& afterFailure) {
+  for (long failing = 0; failing < 100; ++failing) {
+    allocations = 0;
+    failingAllocation = failing;
+    bool failed = false;
+    try {
+      work();
+    } catch (const std::bad_alloc&) {
+      failed = true;
+    }
+    const bool reached = allocations > failing;
+    failingAllocation = -1;
+    if (!reached) return;
+    if (failed) afterFailure();
+  }
+  FAIL() << "it never gets through";
+}
 
 namespace {
 
