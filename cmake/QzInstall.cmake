@@ -7,7 +7,7 @@ foreach(header IN LISTS headers)
   get_filename_component(folder "${header}" DIRECTORY)
   install(FILES "${PROJECT_SOURCE_DIR}/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
 endforeach()
-install(TARGETS qztoolkit_platform qztoolkit_system qztoolkit_dataflow EXPORT qztoolkitTargets
+install(TARGETS qztoolkit_platform qztoolkit_system qztoolkit_dataflow qztoolkit_math EXPORT qztoolkitTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(EXPORT qztoolkitTargets NAMESPACE qztoolkit:: DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/qztoolkit")
 
@@ -24,3 +24,4 @@ endfunction()
 qz_pkgconfig(platform "Streams, files, threads and binary values" "" "zlib")
 qz_pkgconfig(system "Error channel, strings, tags, command-line framework, progress" "qztoolkit-platform" "")
 qz_pkgconfig(dataflow "Self-describing records, their bytes and their JSON" "qztoolkit-system" "")
+qz_pkgconfig(math "Random numbers, superposition and statistics" "qztoolkit-system" "")
