@@ -10,6 +10,9 @@ namespace {
 
 constexpr const char* typeMismatch = "data type mismatch found when using generic data";
 
+// An object with one value soon has several.
+constexpr std::size_t firstRoom = 8;
+
 }  // namespace
 
 // Delegates, so that the destructor deletes the copies made so far if one fails.
@@ -35,6 +38,7 @@ bool QZBaseImpl::CheckTypeWarning() {
 }
 
 void QZBaseImpl::Append(std::unique_ptr<QZBaseData> holder) {
+  if (data.capacity() == 0) data.reserve(firstRoom);
   data.push_back(holder.get());
   static_cast<void>(holder.release());
 }

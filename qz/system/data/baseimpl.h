@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 #include "qz/system/data/basedata.h"
@@ -80,7 +81,9 @@ class QZBaseImpl {
   /// The holder as one of type `T`, or null if it holds another type. `holder` may be null.
   template <class T>
   [[nodiscard]] static QZHolderOf<T>* As(QZBaseData* holder) {
-    const bool isT = holder && holder->GetDataType() == QZHolderOf<T>::DataType();
+    if (!holder) return nullptr;
+    // Nearly always the class is the very one, which shows sooner than its identity does.
+    const bool isT = &typeid(*holder) == &typeid(QZHolderOf<T>) || holder->GetDataType() == QZHolderOf<T>::DataType();
     return isT ? static_cast<QZHolderOf<T>*>(holder) : nullptr;
   }
 

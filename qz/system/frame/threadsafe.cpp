@@ -144,7 +144,7 @@ Unbounded<N>& FindUnboundedOfThread() {
 template <unsigned long N>
 QZVirtualCache& UnboundedOfThread() {
   Unbounded<N>& cache = FindUnboundedOfThread<N>();
-  (N == emptyIterSize ? threadLists.ofEmptyIter : threadLists.ofVectorPtrIter) = cache.Head();
+  ThreadList<N>() = cache.Head();
   return cache;
 }
 
@@ -158,6 +158,7 @@ __thread ThreadLists threadLists __attribute__((tls_model("initial-exec"))) = {n
 void QZSetMemPoolMode(unsigned int mode) {
   if (modeWasSet.load()) QZThrow.Error(calledTwice);
   memPoolMode.store(mode);
+  threadLists = {nullptr, nullptr};
   modeWasSet.store(true);
 }
 
@@ -180,6 +181,7 @@ template <unsigned long N>
 QZVirtualCache* QZMemPool<N>::cachePtr() {
   using namespace QZMemPoolMode;
   const unsigned int mode = memPoolMode.load(std::memory_order_relaxed);
+  ThreadList<N>() = nullptr;
   switch (mode) {
     case SingleThreaded | BoundedCache:
       return &TheOnly<Bounded<N>>();

@@ -28,7 +28,7 @@ inline constexpr std::size_t emptyIterSize = 8;
 inline constexpr std::size_t vectorPtrIterSize = 24;
 
 template <std::size_t N>
-void** ThreadList() {
+[[nodiscard]] inline void**& ThreadList() {
   static_assert(N == emptyIterSize || N == vectorPtrIterSize, "there are pools for two sizes");
   return N == emptyIterSize ? threadLists.ofEmptyIter : threadLists.ofVectorPtrIter;
 }
@@ -43,24 +43,26 @@ extern template void* PopPoolBlockByMode<vectorPtrIterSize>();
 extern template void PushPoolBlockByMode<emptyIterSize>(void* block);
 extern template void PushPoolBlockByMode<vectorPtrIterSize>(void* block);
 
+inline bool Likely(bool condition) { return __builtin_expect(condition, true); }
+
 /// What `QZMemPool<N>::cachePtr()->Pop()` gives, without the calls in nearly all cases: the thread's own list in the
 /// default mode, with a block in it.
 template <std::size_t N>
-[[nodiscard]] void* PopPoolBlock() {
+[[nodiscard, gnu::always_inline]] inline void* PopPoolBlock() {
   void** const list = ThreadList<N>();
-  if (!list || !*list || memPoolMode.load(std::memory_order_relaxed) != threadListMode) {
-    return PopPoolBlockByMode<N>();
-  }
-  void* const block = *list;
+  const bool isListMode = Likely(list) && Likely(memPoolMode.load(std::memory_order_relaxed) == threadListMode);
+  void* const block = isListMode ? *list : nullptr;
+  if (!Likely(block)) return PopPoolBlockByMode<N>();
   std::memcpy(list, block, sizeof *list);
   return block;
 }
 
-/// Gives a block back, in the same way. REQUIRES: not null.
+/// Gives a block back, in the same way. A thread that has a list needs no look at the mode: who sets another one, or
+/// takes a block in it, has a list no more. REQUIRES: not null.
 template <std::size_t N>
-void PushPoolBlock(void* block) {
+[[gnu::always_inline]] inline void PushPoolBlock(void* block) {
   void** const list = ThreadList<N>();
-  if (!list || memPoolMode.load(std::memory_order_relaxed) != threadListMode) return PushPoolBlockByMode<N>(block);
+  if (!Likely(list)) return PushPoolBlockByMode<N>(block);
   std::memcpy(block, list, sizeof *list);
   *list = block;
 }
