@@ -11,7 +11,7 @@ namespace {
 constexpr const char* typeMismatch = "data type mismatch found when using generic data";
 
 // An object with one value soon has several.
-constexpr std::size_t firstRoom = 8;
+constexpr std::size_t firstRoom = 12;
 
 }  // namespace
 
@@ -37,11 +37,7 @@ bool QZBaseImpl::CheckTypeWarning() {
   return false;
 }
 
-void QZBaseImpl::Append(std::unique_ptr<QZBaseData> holder) {
-  if (data.capacity() == 0) data.reserve(firstRoom);
-  data.push_back(holder.get());
-  static_cast<void>(holder.release());
-}
+void QZBaseImpl::Grow() { data.reserve(std::max(firstRoom, 2 * data.size())); }
 
 void QZBaseImpl::Append(const QZBaseImpl& other) {
   QZBaseImpl copies(other);

@@ -88,7 +88,10 @@ class QZBaseImpl {
   }
 
   /// Adds a value behind all others. Throws std::bad_alloc, with nothing changed.
-  void Append(std::unique_ptr<QZBaseData> holder);
+  void Append(std::unique_ptr<QZBaseData> holder) {
+    if (data.size() == data.capacity()) Grow();
+    data.push_back(holder.release());
+  }
 
   /// Adds copies of all values of `other`, which may be this object, behind the own ones. Throws std::bad_alloc, with
   /// nothing changed.
@@ -107,6 +110,8 @@ class QZBaseImpl {
   [[nodiscard]] const std::vector<QZBaseData*>& GetData() const { return data; }
 
  private:
+  void Grow();
+
   std::vector<QZBaseData*> data;
 };
 
