@@ -73,7 +73,7 @@ QZBitVector goThroughText(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  constexpr std::size_t longest = 700;  // longer texts only take longer
+  constexpr std::size_t longest = 320;  // longer texts only take longer
   if (size > longest) return 0;
   SwallowMessages();
   const std::string text = TextOf(data, size);
