@@ -111,11 +111,11 @@ constexpr std::array<LogEntry, 128> makeLogTable() {
   return table;
 }
 
-// A result between the normal numbers' ends and the doubles' own is brought down, or up, by a last product.
-double expBy(double x, int octaves) {
+// e^(x + tail), also where the result isn't a normal number.
+double expOfSum(double x, double tail) {
   const ExpReduction reduced = ReduceForExp(x);
-  const ExpParts parts = ExpOfParts(reduced.n, reduced.rest);
-  return std::ldexp(parts.number + parts.addend, static_cast<int>(reduced.n >> 7) - octaves) * std::ldexp(1.0, octaves);
+  const ExpParts parts = ExpOfParts(reduced.n, reduced.rest + tail);
+  return std::ldexp(parts.number + parts.addend, static_cast<int>(reduced.n >> 7));
 }
 
 LogParts logOfPositive(double x) {
@@ -163,7 +163,7 @@ double ExpAtEnds(double x) {
   if (x != x) return x;
   if (x >= 710) return infinity;
   if (x <= -746) return 0;
-  return expBy(x, x > 0 ? 2 : -100);
+  return expOfSum(x, 0);
 }
 
 double LogAtEnds(double x) {
@@ -181,10 +181,8 @@ double Power(double x, double y) {
   const LogParts parts = logOfPositive(x);
   const Twofold logarithm = quickSum(parts.number, parts.rest);
   const Twofold exponent = product(logarithm.high, y);
-  if (!(std::abs(exponent.high) < 708)) return Exp(exponent.high);
-  const ExpReduction reduced = ReduceForExp(exponent.high);
-  const ExpParts result = ExpOfParts(reduced.n, reduced.rest + (exponent.low + logarithm.low * y));
-  return std::ldexp(result.number + result.addend, static_cast<int>(reduced.n >> 7));
+  if (!(std::abs(exponent.high) < 750)) return Exp(exponent.high);
+  return expOfSum(exponent.high, exponent.low + logarithm.low * y);
 }
 
 SineCosine SineAndCosine(double angle) {
