@@ -38,6 +38,19 @@ unsigned int ReadItemHead(qzistream& in, const void* type, const QZBinaryIOHandl
   return QZBReturn::Success;
 }
 
+FoundItem FindItem(qzistream& in, const void* type, const QZBinaryIOHandlerBase& handler) {
+  ItemHead head;
+  FoundItem item;
+  item.status = ReadItemHead(in, type, handler, head);
+  if (item.status != QZBReturn::Success) return item;
+  item.reader = head.reader;
+  item.length = head.length;
+  if (item.reader) return item;
+  item.unknown = std::make_unique<QZUnknownQZBData>(in, type, head.length, head.tag.c_str(), head.code);
+  if (!*item.unknown) item.status = QZBReturn::ReadLengthFailed;
+  return item;
+}
+
 NameOutcome ReadValueName(qzistream& in, std::string& name) {
   name.clear();
   const int first = in.get();
@@ -56,6 +69,17 @@ NameOutcome ReadValueName(qzistream& in, std::string& name) {
   text[held] = '\0';
   name = text;
   return held == length && !name.empty() ? NameOutcome::Read : NameOutcome::Missing;
+}
+
+NamedPayload::NamedPayload(qzistream& in, unsigned long length) : bytes(in, length) {
+  if (!bytes.IsWhole()) {
+    status = QZBReturn::IncorrectSize;
+    return;
+  }
+  const NameOutcome outcome = ReadValueName(bytes.Stream(), name);
+  if (outcome == NameOutcome::Refused) status = QZBReturn::ReadTagFailed;
+  isNameAlone = bytes.Stream().eof();
+  hasName = !name.empty() && (outcome == NameOutcome::Read || isNameAlone);
 }
 
 const QZWriteFxnBase* FindWriter(const QZBinaryIOHandlerBase& handler, const void* type) {

@@ -1,4 +1,6 @@
 #include <cassert>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -136,10 +138,64 @@ AddRead adderOf(unsigned char type) {
   }
 }
 
-// A payload that nobody reads. Its name stands behind the head, and everything is kept.
-unsigned int keep(QZBase& object, qzistream& in, std::string_view payload, const ItemHead& head) {
+// The reading of one object: all that a level needs lives in one block of the heap, and what isn't a way down is never
+// inlined, so that the frames of 256 levels fit on a small stack.
+class Reading {
+ public:
+  Reading(qzistream& in, QZBase& target, unsigned long length)
+      : item(in, length), walk(item.Bytes().data(), item.Bytes().size()), object(target) {}
+
+  /// Adds values up to the first that only a function can read; false at the end and where reading stops.
+  [[gnu::noinline]] bool ToHandled();
+
+  /// Reads the head of that value's payload. True if the handler has a reader for it; else the payload is kept.
+  [[gnu::noinline]] bool Open(const QZBinaryIOHandlerBase& handler);
+
+  /// Calls the reader.
+  void Read(const QZBinaryIOHandlerBase& handler) {
+    const auto& reader = static_cast<const QZReadFxn<QZBase>&>(*head.reader);
+    status = reader(*payload, object, head.length, handler);
+  }
+
+  [[nodiscard]] bool IsWhole() const { return item.IsWhole(); }
+  [[nodiscard]] unsigned int Status() const { return status != QZBReturn::Success ? status : walk.Status(); }
+
+ private:
+  unsigned int Keep();
+
+  Payload item;
+  QZBWalk walk;
+  QZBEntry entry;
   std::string name;
-  switch (ReadValueName(in, name)) {
+  QZBase& object;
+  std::optional<PayloadStream> payload;
+  ItemHead head;
+  unsigned int status = QZBReturn::Success;
+};
+
+bool Reading::ToHandled() {
+  while (status == QZBReturn::Success && walk.Next(entry)) {
+    if (entry.form.shape == QZBShape::Handled) return true;
+    const AddRead add = adderOf(entry.type);
+    if (!add) continue;
+    name.assign(entry.name);
+    add(object, QZGetTag(name.c_str()), entry);
+  }
+  return false;
+}
+
+bool Reading::Open(const QZBinaryIOHandlerBase& handler) {
+  if (!payload) payload.emplace();
+  payload->Set(entry.body);
+  status = ReadItemHead(*payload, QZGetDataType<QZBase>(), handler, head);
+  if (status != QZBReturn::Success) return false;
+  if (!head.reader) status = Keep();
+  return head.reader != nullptr;
+}
+
+// A payload that nobody reads. Its name stands behind the head, and everything is kept.
+unsigned int Reading::Keep() {
+  switch (ReadValueName(*payload, name)) {
     case NameOutcome::Missing:
       return QZBReturn::IncorrectHandlerType;
     case NameOutcome::Refused:
@@ -148,7 +204,7 @@ unsigned int keep(QZBase& object, qzistream& in, std::string_view payload, const
       break;
   }
   QZUnknownQZBData unknown;
-  unknown.data.assign(payload.begin(), payload.end());
+  unknown.data.assign(entry.body.begin(), entry.body.end());
   unknown.type = QZGetDataType<QZBase>();
   unknown.tag = head.tag;
   unknown.code = head.code;
@@ -156,39 +212,17 @@ unsigned int keep(QZBase& object, qzistream& in, std::string_view payload, const
   return QZBReturn::Success;
 }
 
-unsigned int readHandled(QZBase& object, std::string_view payload, const QZBinaryIOHandlerBase& handler) {
-  const auto in = std::make_unique<PayloadStream>();
-  in->Set(payload);
-  ItemHead head;
-  const unsigned int status = ReadItemHead(*in, QZGetDataType<QZBase>(), handler, head);
-  if (status != QZBReturn::Success) return status;
-  if (!head.reader) return keep(object, *in, payload, head);
-  const auto& reader = static_cast<const QZReadFxn<QZBase>&>(*head.reader);
-  return reader(*in, object, head.length, handler);
-}
-
-unsigned int readValues(QZBase& object, std::string_view item, const QZBinaryIOHandlerBase& handler) {
-  QZBWalk walk(item.data(), item.size());
-  std::string name;
-  for (QZBEntry entry; walk.Next(entry);) {
-    if (entry.form.shape == QZBShape::Handled) {
-      const unsigned int status = readHandled(object, entry.body, handler);
-      if (status != QZBReturn::Success) return status;
-    } else if (const AddRead add = adderOf(entry.type)) {
-      name.assign(entry.name);
-      add(object, QZGetTag(name.c_str()), entry);
-    }
-  }
-  return walk.Status();
-}
-
 }  // namespace
 
 unsigned int QZBReadQZBase(qzistream& in, QZBase& object, unsigned long length, const QZBinaryIOHandlerBase& handler) {
   const NestingLevel level(ReadingDepth());
   if (!level.IsAllowed()) return QZBReturn::CheckFailed;
-  const Payload item(in, length);
-  return item.IsWhole() ? readValues(object, item.Bytes(), handler) : QZBReturn::IncorrectSize;
+  const auto reading = std::make_unique<Reading>(in, object, length);
+  if (!reading->IsWhole()) return QZBReturn::IncorrectSize;
+  while (reading->ToHandled()) {
+    if (reading->Open(handler)) reading->Read(handler);
+  }
+  return reading->Status();
 }
 
 unsigned int QZBReadPOD(qzistream& in, QZBase& object, unsigned long length) {

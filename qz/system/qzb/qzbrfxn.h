@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -25,13 +26,10 @@ namespace QZSystem {
 /// nothing, and the code is 0, or 9 if the stream ends before the item does.
 template <class T>
 [[nodiscard]] unsigned int QZBinaryRead(qzistream& in, T& object, const QZBinaryIOHandlerBase& handler) {
-  ItemHead head;
-  const unsigned int status = ReadItemHead(in, QZGetDataType<T>(), handler, head);
-  if (status != QZBReturn::Success) return status;
-  if (head.reader) return static_cast<const QZReadFxn<T>&>(*head.reader)(in, object, head.length, handler);
-  const QZUnknownQZBData unknown(in, QZGetDataType<T>(), head.length, head.tag.c_str(), head.code);
-  if (!unknown) return QZBReturn::ReadLengthFailed;
-  QZAttachData(unknown, &object);
+  const FoundItem item = FindItem(in, QZGetDataType<T>(), handler);
+  if (item.status != QZBReturn::Success) return item.status;
+  if (item.reader) return static_cast<const QZReadFxn<T>&>(*item.reader)(in, object, item.length, handler);
+  QZAttachData(*item.unknown, &object);
   return QZBReturn::Success;
 }
 
@@ -93,17 +91,12 @@ template <class T>
 unsigned int QZBaseQZBReadFxn<T>::operator()(qzistream& in, QZBase& object, unsigned long length,
                                              const QZBinaryIOHandlerBase& handler) const {
   if (length == 0) return QZBReturn::Success;
-  Payload payload(in, length);
-  if (!payload.IsWhole()) return QZBReturn::IncorrectSize;
-  std::string name;
-  const NameOutcome outcome = ReadValueName(payload.Stream(), name);
-  if (outcome == NameOutcome::Refused) return QZBReturn::ReadTagFailed;
-  const bool isNameAlone = payload.Stream().eof();
-  if (name.empty() || (outcome == NameOutcome::Missing && !isNameAlone)) return QZBReturn::Success;
-  T value;
-  const unsigned int status = isNameAlone ? QZBReturn::Success : QZBinaryRead<T>(payload.Stream(), value, handler);
-  if (status == QZBReturn::Success) object.AddData<T>(QZGetTag(name), std::move(value));
-  return status;
+  const auto payload = std::make_unique<NamedPayload>(in, length);
+  if (payload->status != QZBReturn::Success || !payload->hasName) return payload->status;
+  auto value = std::make_unique<T>();
+  if (!payload->isNameAlone) payload->status = QZBinaryRead<T>(payload->bytes.Stream(), *value, handler);
+  if (payload->status == QZBReturn::Success) object.AddData<T>(QZGetTag(payload->name), std::move(*value));
+  return payload->status;
 }
 
 template <class T, class U>
