@@ -1,0 +1,273 @@
+#include "qz/system/frame/errorguard.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "qz/platform/memorystream.h"
+#include "qz/platform/standardstream.h"
+#include "qz/system/frame/error.h"
+
+using namespace QZSystem;
+using testing::ExitedWithCode;
+
+namespace {
+
+constexpr unsigned int Info = QZErrorLevel::Info, Warning = QZErrorLevel::Warning, Error = QZErrorLevel::Error;
+
+// Messages go to a text while it stands.
+class ErrorGuard : public testing::Test {
+ protected:
+  ErrorGuard() { QZThrow.SetOutputStream(out); }
+  ~ErrorGuard() override { QZThrow.SetHandlerImpl(nullptr, true); }
+
+  qzosstream out;
+};
+
+std::string Thrown(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "";
+}
+
+void Send(const std::vector<std::pair<unsigned int, const char*>>& messages) {
+  for (const auto& [level, text] : messages) QZThrow.Msg(level, std::string(text));
+}
+
+// What a guard, made with the arguments, says at its end of the messages that `work` sends under it.
+template <class Guard, class... Arguments>
+std::function<std::string(const std::function<void(Guard&)>&)> With(Arguments... arguments) {
+  return [=](const std::function<void(Guard&)>& work) {
+    return Thrown([&] {
+      Guard guard(arguments...);
+      work(guard);
+    });
+  };
+}
+
+}  // namespace
+
+TEST_F(ErrorGuard, ExpectedMessagesMayStandAtTheirLevelOrAbove) {
+  const auto check = With<QZPushQZThrowTest>(Warning, std::string("charge"));
+  EXPECT_EQ(check([](auto&) { QZThrow.Warning("no charge here"); }), "");
+  EXPECT_EQ(check([](auto& guard) {
+              guard.AddSearchString(Info, "mass");
+              Send({{Info, "read"}, {Warning, "charge"}, {Warning, "mass 3"}});
+            }),
+            "");
+  EXPECT_EQ(check([](auto& guard) {
+              guard.AddSearchString(Warning, "mass");
+              Send({{Info, "mass"}, {Warning, "charge 1"}, {9, "other"}});
+            }),
+            "Failure: Could not find substring 'mass'\n at error level Warning\ninside the following messages:\n"
+            "'''\ncharge 1\nother\n'''");
+  // The level itself must have messages, whatever is said above it.
+  EXPECT_EQ(check([](auto&) { QZThrow.Msg(QZErrorLevel::Quiet, std::string("charge")); }),
+            "Failure: Could not find substring 'charge'\n at error level Warning\ninside the following messages:\n"
+            "'''\n\n'''");
+  EXPECT_EQ(check([](auto& guard) { guard.Clear(); }), "");
+}
+
+TEST_F(ErrorGuard, NoMessagesAreExpected) {
+  const auto check = With<QZPushQZThrowHasNoMessages>();
+  EXPECT_EQ(check([](auto&) {}), "");
+  EXPECT_EQ(check([](auto&) { Send({{0, "undefined"}, {9, "unknown"}}); }), "");
+  EXPECT_EQ(check([](auto&) {
+              Send({{Warning, "two"}, {Info, "one"}, {Warning, "three"}});
+            }),
+            "Failure: ErrorHandler not empty, found the following messages:\n"
+            "level = 3\none\nlevel = 4\ntwo\nthree\n");
+  // Also those that the threshold keeps from being printed.
+  EXPECT_EQ(check([](auto&) { QZThrow.Debug("step %d", 1); }),
+            "Failure: ErrorHandler not empty, found the following messages:\nlevel = 1\nstep 1\n");
+  const auto lenient = With<QZPushQZThrowHasNoMessages>(std::vector<unsigned int>{Warning, Info});
+  EXPECT_EQ(lenient([](auto&) { Send({{Warning, "fine"}, {Info, "fine"}}); }), "");
+  EXPECT_EQ(lenient([](auto&) {
+              Send({{Warning, "fine"}, {2, "not"}});
+            }),
+            "Failure: ErrorHandler not empty, found the following messages:\nlevel = 2\nnot\nlevel = 4\nfine\n");
+}
+
+TEST_F(ErrorGuard, NoMessagesAreExpectedAtALevel) {
+  const auto check = With<QZPushQZThrowHasNoMessagesAtLevel>(Warning);
+  EXPECT_EQ(check([](auto&) { QZThrow.Info("fine"); }), "");
+  EXPECT_EQ(check([](auto&) {
+              Send({{Warning, "w"}, {Info, "i"}});
+            }),
+            "Failure: Has Messages at Error Level Warninglevel = 3\ni\nlevel = 4\nw\n");
+}
+
+TEST_F(ErrorGuard, OnlySomeMessagesAreExpected) {
+  const auto check = With<QZPushQZThrowHasSpecficMessages>(Warning, std::string("charge"));
+  EXPECT_EQ(check([](auto&) {}), "");
+  EXPECT_EQ(check([](auto& guard) {
+              guard.AddSearchString(Warning, "mass");
+              Send({{Warning, "a mass"}, {Warning, "charge"}});
+            }),
+            "");
+  EXPECT_EQ(check([](auto&) {
+              Send({{Warning, "charge"}, {Info, "charge"}});
+            }),
+            "Failure: Has Extra Messages: level = 3\ncharge\nlevel = 4\ncharge\n");
+  EXPECT_EQ(check([](auto& guard) {
+              QZThrow.Info("charge");
+              guard.SetReportLevel(Warning);
+            }),
+            "Failure: Has Extra Messages at Error Level Warning: level = 3\ncharge\n");
+}
+
+TEST_F(ErrorGuard, TheFirstLevelWithOtherMessagesIsTold) {
+  std::string err = "before";
+  const QZErrorMessages messages{{Info, {"a1", "b"}}, {Warning, {"a2", "c", "d"}}, {Error, {"e"}}};
+  EXPECT_TRUE(
+      QZContainOnlySearchStrings(err, messages, {{Info, {"a", "b"}}, {Warning, {"a", "c", "d"}}, {Error, {""}}}));
+  EXPECT_FALSE(QZContainOnlySearchStrings(err, messages, {{Info, {"b", "1"}}, {Warning, {"a"}}}));
+  EXPECT_EQ(err, "\n'''\nc\nd\n'''");
+  EXPECT_FALSE(QZContainOnlySearchStrings(err, messages, {{Warning, {"a"}}}));
+  EXPECT_EQ(err, "\n'''\na1\nb\n'''");
+}
+
+TEST_F(ErrorGuard, AFatalThrowsWhereItIsSent) {
+  QZPushSimpleQZThrowTester guard;
+  const std::string after = "\nFatal message in error handler.";
+  EXPECT_EQ(Thrown([] { QZThrow.Error("bad %d", 1); }), "bad 1" + after);
+  QZThrow.SetStrict(false);
+  QZThrow.Error("passing");
+  EXPECT_EQ(Thrown([] { QZThrow.Fatal("worse"); }), "worse" + after);
+  EXPECT_EQ(guard.GetErrorLog(), "level = 5\nbad 1\npassing\nlevel = 6\nworse\n");
+  EXPECT_EQ(out.str(), "Warning: passing\n");
+  EXPECT_EQ(guard.NumMessages(), 3U);
+  EXPECT_TRUE(guard.HasMessagesAtLevel(Error) && !guard.HasMessagesAtLevel(Warning));
+  guard.Clear();
+  EXPECT_FALSE(guard.HasMessages());
+}
+
+TEST_F(ErrorGuard, AfterwardsTheHandlerIsAsItWas) {
+  QZThrow.SetStrict(false);
+  QZThrow.SetLevel(Warning);
+  QZThrow.Warning("before");
+  {
+    const QZPushSimpleQZThrowTester guard;
+    EXPECT_FALSE(QZThrow.GetStrict());
+    EXPECT_EQ(QZThrow.GetLevel(), Warning);
+    EXPECT_EQ(QZThrow.Count(Warning), 1U);
+    QZThrow.Warning("under the guard");
+    QZThrow.Info("below the threshold");
+    QZThrow.SetStrict(true);
+    QZThrow.SetLevel(Info);
+  }
+  EXPECT_FALSE(QZThrow.GetStrict());
+  EXPECT_EQ(QZThrow.GetLevel(), Warning);
+  EXPECT_EQ(QZThrow.Count(Warning), 1U);
+  QZThrow.Warning("after");
+  EXPECT_EQ(out.str(), "Warning: before\nWarning: under the guard\nWarning: after\n");
+}
+
+TEST_F(ErrorGuard, TheTestImplementationIsFoundWhileItIsInstalled) {
+  const std::string missing = "QZThrow error test impl not installed";
+  QZErrorHandlerTestImpl* impl = nullptr;
+  EXPECT_EQ(Thrown([&] { GetErrorHandlerTestImpl(impl); }), missing);
+  {
+    const QZPushSimpleQZThrowTester guard;
+    GetErrorHandlerTestImpl(impl);
+    EXPECT_EQ(impl, QZThrow.GetHandlerImpl());
+    const std::unique_ptr<QZErrorHandlerTestImpl> copy(QZGetErrorHandlerTestImpl()->CreateCopy());
+    copy->Msg(Info, "of the copy");
+    EXPECT_EQ(guard.NumMessagesAtLevel(Info), 1U);
+  }
+  EXPECT_EQ(Thrown([] { static_cast<void>(QZGetErrorHandlerTestImpl()); }), missing);
+}
+
+// An implementation that prints to no stream; what it takes shows.
+class Silent : public QZErrorHandlerImplBase {
+ public:
+  explicit Silent(std::string& text) : taken(&text) {}
+  void Msg(unsigned int, const std::string& text) override { *taken += text; }
+  Silent* CreateCopy() const override { return new Silent(*this); }
+
+ private:
+  std::string* taken;
+};
+
+TEST_F(ErrorGuard, AnImplementationOfAnyKindComesBack) {
+  std::string taken;
+  QZThrow.SetHandlerImpl(new Silent(taken), true);
+  testing::internal::CaptureStderr();
+  {
+    const QZPushSimpleQZThrowTester guard;
+    QZThrow.Info("under the guard");
+  }
+  QZThrow.Info("after");
+  EXPECT_EQ(taken, "after");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "under the guard\n");
+}
+
+// Ten guards, each with its check failing or not, and an exception or none that passes through them.
+TEST_F(ErrorGuard, NestedGuardsUnwindInOrder) {
+  const std::function<void(int)> nest = [&](int depth) {
+    if (depth == 0) throw std::runtime_error("innermost");
+    const QZPushQZThrowTest guard(Warning, "expected " + std::to_string(depth));
+    nest(depth - 1);
+  };
+  EXPECT_EQ(Thrown([&] { nest(10); }), "innermost");
+  // Guard 1 reports to the record of guard 2, guard 2 to that of 3 and so on, and guard 10 to the stream.
+  const std::string text = out.str();
+  std::size_t at = 0;
+  for (int depth = 1; depth <= 10; ++depth) {
+    const std::size_t found =
+        text.find("Warning: Failure: Could not find substring 'expected " + std::to_string(depth) + "'");
+    ASSERT_NE(found, std::string::npos) << depth;
+    EXPECT_GE(found, at) << depth;
+    at = found;
+  }
+  QZThrow.Info("after");
+  EXPECT_EQ(out.str(), text + "after\n");
+
+  // Without an exception on its way the first failed check is thrown, and passes through the others.
+  EXPECT_EQ(
+      Thrown([] {
+        const QZPushQZThrowHasNoMessagesAtLevel outer(Info);
+        const QZPushSimpleQZThrowTester between;
+        const QZPushQZThrowTest inner(Warning, "x");
+      }),
+      "Failure: Could not find substring 'x'\n at error level Warning\ninside the following messages:\n'''\n\n'''");
+  EXPECT_NE(QZThrow.GetHandlerImpl(), nullptr);
+  QZThrow.Info("last");
+  EXPECT_EQ(out.str(), text + "after\nlast\n");
+}
+
+TEST_F(ErrorGuard, AGuardOnTheHeapGoesAlthoughItThrows) {
+  auto guard = std::make_unique<QZPushQZThrowTest>(Warning, "x");
+  EXPECT_NE(Thrown([&] { delete guard.release(); }), "");
+  QZThrow.Info("after");
+  EXPECT_EQ(out.str(), "after\n");
+}
+
+TEST_F(ErrorGuard, MessagesOfAllThreadsAreRecorded) {
+  QZPushSimpleQZThrowTester guard;
+  std::vector<std::thread> threads;
+  for (unsigned int each = 1; each <= 4; ++each) {
+    threads.emplace_back([each] {
+      for (int i = 0; i < 500; ++i) QZThrow.Msg(each, std::string("text"));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (unsigned int each = 1; each <= 4; ++each) EXPECT_EQ(guard.NumMessagesAtLevel(each), 500U);
+}
+
+TEST(ErrorGuardDeathTest, AUsageEndsTheProcess) {
+  EXPECT_EXIT(
+      {
+        const QZPushSimpleQZThrowTester guard;
+        QZThrow.Usage("tool IN OUT");
+      },
+      ExitedWithCode(0), "^Usage: tool IN OUT\n$");
+}
