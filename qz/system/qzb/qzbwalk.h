@@ -132,14 +132,14 @@ T QZBSwapped(T value) {
   unsigned char back[sizeof value];
   std::memcpy(there, &value, sizeof value);
   for (unsigned long i = 0; i < sizeof value; ++i) back[i] = there[sizeof value - 1 - i];
-  std::memcpy(&value, back, sizeof value);
+  std::memcpy(static_cast<void*>(&value), back, sizeof value);
   return value;
 }
 
 template <class T>
 T QZBEntry::Get(unsigned long index) const {
   T value;
-  std::memcpy(&value, body.data() + index * sizeof value, sizeof value);
+  std::memcpy(static_cast<void*>(&value), body.data() + index * sizeof value, sizeof value);
   return swapped ? QZBSwapped(value) : value;
 }
 
@@ -147,7 +147,7 @@ template <class T>
 void QZBEntry::CopyTo(T* to) const {
   const unsigned long count = Count();
   if (count == 0) return;
-  std::memcpy(to, body.data(), count * sizeof(T));
+  std::memcpy(static_cast<void*>(to), body.data(), count * sizeof(T));
   for (unsigned long i = 0; swapped && i < count; ++i) to[i] = QZBSwapped(to[i]);
 }
 

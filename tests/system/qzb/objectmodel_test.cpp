@@ -52,7 +52,7 @@ class Generator {
     if constexpr (std::is_same_v<T, bool>) {
       value = (bits & 1) != 0;
     } else {
-      std::memcpy(&value, &bits, sizeof value);
+      std::memcpy(static_cast<void*>(&value), &bits, sizeof value);
     }
     return value;
   }
