@@ -42,6 +42,10 @@ constexpr const char* sharedConfiguration = R"(
 !END
 )";
 
+constexpr const char* exitStatusText =
+    "The exit status is 0, 1 after one message that tells what is wrong and what to do, or 130 where the user stopped "
+    "the run.";
+
 std::atomic<bool> interrupted{false};
 
 extern "C" void onInterrupt(int) { interrupted.store(true, std::memory_order_relaxed); }
@@ -137,6 +141,7 @@ int RunTool(int argc, char** argv, const std::string& configuration,
             const std::function<void(QZInterface& settings)>& body) {
   installSignals();
   QZInterface settings((configuration + sharedConfiguration).c_str());
+  settings.AddDetail(exitStatusText);
   try {
     if (QZCheckHelp(settings, argc, argv, true, argc == 1 ? qzerr : qzout)) {
       CheckStandardOutput();
