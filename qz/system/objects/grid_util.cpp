@@ -1,31 +1,32 @@
 #include "qz/system/objects/grid_util.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 
 namespace QZSystem {
 
 namespace {
 
-// Where a coordinate lies on an axis of the lattice: between a point and the next one.
-struct Place {
-  bool inside;
-  std::size_t point;
-  double fraction;
-};
+// Whether a coordinate in points from the first one is between two points. Such a number fits an integer, and a
+// not-a-number is none.
+inline bool isInside(double at, double last) { return at >= 0.0 && at < last; }
 
-// The comparisons are such that a not-a-number is outside, and that no number goes to an integer which can't hold it.
-inline Place placeOn(float coordinate, float mid, double pointsPerLength, unsigned int points) {
-  const double last = static_cast<double>(points) - 1.0;
-  const double at = static_cast<double>(coordinate - mid) * pointsPerLength + last * 0.5;
-  if (!(at >= 0.0 && at < last)) return {false, 0, 0.0};
-  const long point = static_cast<long>(at);
-  return {true, static_cast<std::size_t>(point), at - static_cast<double>(point)};
+// Two interpolations side by side.
+using Pair = __m128d;
+
+inline Pair between(Pair a, Pair b, double fraction) {
+  return _mm_add_pd(a, _mm_mul_pd(_mm_sub_pd(b, a), _mm_set1_pd(fraction)));
 }
 
-inline double between(double a, double b, double fraction) { return a + (b - a) * fraction; }
+inline Pair load(const float* neighbours) {
+  return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(neighbours))));
+}
 
-inline double between(const float* pair, double fraction) {
-  return between(static_cast<double>(pair[0]), static_cast<double>(pair[1]), fraction);
+// Interpolates along x, on two rows.
+inline Pair alongX(const float* first, const float* second, double fraction) {
+  const Pair one = load(first), two = load(second);
+  return between(_mm_unpacklo_pd(one, two), _mm_unpackhi_pd(one, two), fraction);
 }
 
 }  // namespace
@@ -35,16 +36,24 @@ float QZFloatGridLinearInterpolate(const QZFixedGrid<float>& grid, float x, floa
   const std::size_t row = grid.QZGridBase::GetXDim();
   const std::size_t plane = row * grid.QZGridBase::GetYDim();
   const double scale = 1.0 / static_cast<double>(grid.QZGridBase::GetSpacing());
-  const Place i = placeOn(x, grid.QZGridBase::GetXMid(), scale, grid.QZGridBase::GetXDim());
-  const Place j = placeOn(y, grid.QZGridBase::GetYMid(), scale, grid.QZGridBase::GetYDim());
-  const Place k = placeOn(z, grid.QZGridBase::GetZMid(), scale, grid.QZGridBase::GetZDim());
-  if (!(i.inside && j.inside && k.inside)) return outside;
+  const double lastX = static_cast<double>(grid.QZGridBase::GetXDim()) - 1.0;
+  const double lastY = static_cast<double>(grid.QZGridBase::GetYDim()) - 1.0;
+  const double lastZ = static_cast<double>(grid.QZGridBase::GetZDim()) - 1.0;
+  const double atX = static_cast<double>(x - grid.QZGridBase::GetXMid()) * scale + lastX * 0.5;
+  const double atY = static_cast<double>(y - grid.QZGridBase::GetYMid()) * scale + lastY * 0.5;
+  const double atZ = static_cast<double>(z - grid.QZGridBase::GetZMid()) * scale + lastZ * 0.5;
+  if (!isInside(atX, lastX) || !isInside(atY, lastY) || !isInside(atZ, lastZ)) return outside;
 
-  const float* const lower = grid.GetValues() + i.point + row * j.point + plane * k.point;
-  const float* const upper = lower + plane;
-  const double near = between(between(lower, i.fraction), between(lower + row, i.fraction), j.fraction);
-  const double far = between(between(upper, i.fraction), between(upper + row, i.fraction), j.fraction);
-  return static_cast<float>(between(near, far, k.fraction));
+  const long i = static_cast<long>(atX), j = static_cast<long>(atY), k = static_cast<long>(atZ);
+  const float* const near = grid.GetValues() + static_cast<std::size_t>(i) + row * static_cast<std::size_t>(j) +
+                            plane * static_cast<std::size_t>(k);
+  const float* const far = near + plane;
+  const double fractionX = atX - static_cast<double>(i);
+  const Pair thisRow = alongX(near, far, fractionX);
+  const Pair nextRow = alongX(near + row, far + row, fractionX);
+  const Pair planes = between(thisRow, nextRow, atY - static_cast<double>(j));
+  const Pair value = between(planes, _mm_unpackhi_pd(planes, planes), atZ - static_cast<double>(k));
+  return static_cast<float>(_mm_cvtsd_f64(value));
 }
 
 bool QZZeroFloatGridBoundary(QZFixedGrid<float>& grid) {

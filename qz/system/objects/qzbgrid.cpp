@@ -55,7 +55,7 @@ constexpr unsigned long CredibleRatio = 16;
 constexpr unsigned long CredibleAnyway = 1UL << 20;
 constexpr unsigned long NoSize = std::numeric_limits<unsigned long>::max();
 
-constexpr unsigned long RoomValues = 8192;
+constexpr unsigned long RoomValues = 16384;
 
 // The numbers in front of the values, as they are stored. What hasn't arrived is 0.
 struct Header {

@@ -174,8 +174,8 @@ TEST(OldStyleGrid, TheBytesOfTwoGrids) {
 TEST(OldStyleGrid, ReadsWhatItWrote) {
   const struct {
     unsigned int x, y, z, number;
-  } cases[] = {{2, 3, 4, 1},    {1, 1, 1, 1},    {2, 3, 4, 2},    {5, 7, 3, 3},   {3, 5, 7, 4},  {4, 4, 4, 5},
-               {1, 1, 1, 9000}, {2, 1, 1, 8193}, {30, 31, 32, 7}, {64, 32, 5, 1}, {40, 41, 9, 4}};
+  } cases[] = {{2, 3, 4, 1},    {1, 1, 1, 1},     {2, 3, 4, 2},    {5, 7, 3, 3},   {3, 5, 7, 4},  {4, 4, 4, 5},
+               {1, 1, 1, 9000}, {2, 1, 1, 16385}, {30, 31, 32, 7}, {64, 32, 5, 1}, {40, 41, 9, 4}};
   for (const auto& each : cases) {
     const QZMultiGrid<float> grids = sample(each.x, each.y, each.z, each.number);
     const std::string bytes = bytesOf(grids, 5);
