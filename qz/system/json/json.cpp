@@ -7,12 +7,15 @@
 // is several values of one name; "qzhint" is absent when there are none. A nested container is such an object again.
 #include "qz/system/json/json.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include "qz/system/frame/error.h"
 #include "qz/system/json/json_impl.h"
 #include "qz/system/json/jsonhandler.h"
 #include "qz/system/json/parse.h"
+#include "qz/system/json/rawwriter_impl.h"
 
 namespace QZSystem {
 
@@ -28,6 +31,11 @@ constexpr char kVersion[] = "version";
 
 constexpr std::string_view kReadable = "0";
 
+// What most documents fit into, as text and as a tree.
+constexpr std::size_t kTextRoom = 2048;
+constexpr std::size_t kTreeRoom = 4096;
+constexpr std::size_t kStackRoom = 1008;
+
 struct Escape {
   char character;
   std::string_view text;
@@ -38,12 +46,21 @@ constexpr Escape kEscapes[] = {{'<', "&lt;"}, {'>', "&gt;"}};
 
 namespace JSONImpl {
 
-const ReservedKeys kDocumentKeys = {qzbase_xlist, qzbase_nxlist};
+bool ReservedKeys::HasExtended(std::string_view key) const {
+  const std::size_t named = key.find_first_not_of('_');
+  return named != std::string_view::npos && Has(key.substr(named));
+}
+
+bool ReservedKeys::IsListed(std::string_view key) const {
+  return std::any_of(first, first + count, [key](const char* each) { return key == each; });
+}
+
+ReservedKeys DocumentKeys() { return {qzbase_xlist, qzbase_nxlist}; }
 
 void genQZBaseVersioned(QZJSONWriter& writer, const QZBase& base, unsigned int flavor) {
-  writer.Key(kVersion);
-  writer.String(JSONVersion);
-  genQZBase(writer, base, kDocumentKeys, flavor);
+  RawWriter::String(writer, kVersion);
+  RawWriter::String(writer, JSONVersion);
+  genQZBase(writer, base, DocumentKeys(), flavor);
 }
 
 bool parseQZBaseValid(QZBase& base, rapidjson::Value& value) {
@@ -51,29 +68,31 @@ bool parseQZBaseValid(QZBase& base, rapidjson::Value& value) {
     const QZJSONAttr<std::string> version = GetJSONStringAttr(value, kVersion, true);
     if (version.error || !compatibleJSONVersion(version.value)) return false;
   }
-  return parseQZBase(base, value, kDocumentKeys);
+  return parseQZBase(base, value, DocumentKeys());
 }
 
 }  // namespace JSONImpl
 
 std::string QZBaseToJSON(const QZBase& base, unsigned int flavor) {
-  rapidjson::StringBuffer buffer;
+  rapidjson::StringBuffer buffer(nullptr, kTextRoom);
   QZJSONWriter writer(buffer);
   writer.StartObject();
-  writer.Key(kType);
-  writer.String(ContainerType);
+  JSONImpl::RawWriter::String(writer, kType);
+  JSONImpl::RawWriter::String(writer, ContainerType);
   JSONImpl::genQZBaseVersioned(writer, base, flavor);
   writer.EndObject();
   return std::string(buffer.GetString(), buffer.GetSize());
 }
 
 bool QZJSONToBase(QZBase& base, const std::string& text) {
-  rapidjson::Document document;
+  alignas(std::max_align_t) char room[kTreeRoom];
+  rapidjson::Document::AllocatorType pool(room, sizeof room);
+  rapidjson::Document document(&pool, kStackRoom);
   if (!JSONParseHelper(document, text)) return false;
   const QZJSONAttr<std::string> type = GetJSONStringAttr(document, kType);
   if (type.error) return false;
   base.Clear();
-  if (!type.found) return JSONImpl::parseQZBase(base, document, JSONImpl::kDocumentKeys);
+  if (!type.found) return JSONImpl::parseQZBase(base, document, JSONImpl::DocumentKeys());
   if (type.value == ContainerType) return JSONImpl::parseQZBaseValid(base, document);
   if (QZJSONHandlerBase* handler = QZGetJSONHandlerByType(type.value)) return handler->Read(base, type.value, document);
   QZThrow.Warning(kUnknownType, type.value.c_str());

@@ -2,6 +2,7 @@
 
 #include <rapidjson/document.h>
 
+#include <cstdint>
 #include <string_view>
 
 #include "qz/system/data/base.h"
@@ -13,17 +14,31 @@ namespace QZSystem::JSONImpl {
 /// The objects that may stand inside each other, the document included.
 inline constexpr int kMaxObjectDepth = 256;
 
-/// A sorted list of keys that a document keeps for itself; `first` is null when there are none.
-struct ReservedKeys {
+/// A list of keys that a document keeps for itself.
+class ReservedKeys {
+ public:
+  /// `list` may be null for none, and stays the caller's.
+  ReservedKeys(const char* const* list, unsigned long size) : first(list), count(list ? size : 0) {
+    for (unsigned long i = 0; i < count; ++i) initials |= Bit(*list[i]);
+  }
+
+  /// Whether the key itself is in the list.
+  bool Has(std::string_view key) const { return !key.empty() && (initials & Bit(key.front())) != 0 && IsListed(key); }
+  /// Whether the key without its leading underscores is in the list.
+  bool HasExtended(std::string_view key) const;
+
+ private:
+  static std::uint64_t Bit(char character) { return std::uint64_t{1} << (static_cast<unsigned char>(character) & 63); }
+  bool IsListed(std::string_view key) const;
+
   const char* const* first;
   unsigned long count;
+  /// The first letters, which hardly another key shares.
+  std::uint64_t initials = 0;
 };
-extern const ReservedKeys kDocumentKeys;
 
-/// Whether the key itself is in the list.
-bool IsReserved(const ReservedKeys& keys, std::string_view key);
-/// Whether the key without its leading underscores is in the list.
-bool foundExtendedTag(const ReservedKeys& keys, std::string_view key);
+/// The keys of a document.
+ReservedKeys DocumentKeys();
 
 /// The members of a document, hints included.
 void genQZBase(QZJSONWriter& writer, const QZBase& base, const ReservedKeys& keys, unsigned int flavor);

@@ -187,7 +187,7 @@ class ObjectReader {
 
 /// False where the document can't be read further.
 bool ObjectReader::ReadMember(const Value& key, Value& value) {
-  if (IsReserved(keys, Text(key))) return true;
+  if (keys.Has(Text(key))) return true;
   switch (value.GetType()) {
     case rapidjson::kNullType:
       QZThrow.Warning(kNull, key.GetString());
@@ -209,7 +209,7 @@ bool ObjectReader::ReadMember(const Value& key, Value& value) {
 /// The name that a key stands for: without the underscore that the writer put in front. A name ends at a NUL.
 const char* ObjectReader::NameOf(const Value& key) const {
   const std::string_view text = Text(key);
-  const bool isExtended = !text.empty() && text.front() == '_' && foundExtendedTag(keys, text.substr(1));
+  const bool isExtended = !text.empty() && text.front() == '_' && keys.HasExtended(text.substr(1));
   return key.GetString() + (isExtended ? 1 : 0);
 }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <forward_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,26 +26,38 @@ constexpr char kCannotWrite[] =
 
 constexpr char kHints[] = "qzhint";
 
-// What other parts of a program keep for themselves beside the data of an object. Sorted.
+constexpr std::size_t kUsualCount = 32;
+
+// What other parts of a program keep for themselves beside the data of an object.
 constexpr std::string_view kLeftOut[] = {
-    "CDXAtomNumHydrogens",
-    "CIFBlockTagData",
-    "Gaussian Grid",
-    "MiniMolTagDataTag",
+    "snark",
+    "SDTagData",
     "PDBTagData",
-    "PLP Annotation",
-    "QZStyleList2",
-    "QZUnknownQZBData",
+    "__rotorTag__",
     "QZ_unit_cell",
     "ReceptorData",
-    "SDTagData",
-    "__rotorTag__",
-    "snark",
+    "QZStyleList2",
+    "Gaussian Grid",
+    "PLP Annotation",
+    "CIFBlockTagData",
+    "QZUnknownQZBData",
+    "MiniMolTagDataTag",
+    "CDXAtomNumHydrogens",
 };
 
+/// Hardly a name begins as one of these.
+constexpr std::array<bool, 256> firstLetters() {
+  std::array<bool, 256> letters{};
+  for (const std::string_view each : kLeftOut) letters[static_cast<unsigned char>(each.front())] = true;
+  return letters;
+}
+constexpr std::array<bool, 256> kFirstLetters = firstLetters();
+
 bool IsLeftOut(std::string_view name) {
-  return name.empty() || std::binary_search(std::begin(kLeftOut), std::end(kLeftOut), name) ||
-         QZIsInternalQZBTag(name.data(), name.size());
+  if (name.empty()) return true;
+  const bool mayBe = kFirstLetters[static_cast<unsigned char>(name.front())];
+  if (mayBe && std::find(std::begin(kLeftOut), std::end(kLeftOut), name) != std::end(kLeftOut)) return true;
+  return QZIsInternalQZBTag(name.data(), name.size());
 }
 
 /// The objects that are being written on this thread, each inside the one before.
@@ -77,17 +91,15 @@ void PutHolder(Output& output, const QZBaseData& holder) {
   output.Put(static_cast<const QZBaseDataT<T>&>(holder).GetData());
 }
 
-/// A type that has a form of its own, with the hints for a value that begins a member and for one in an array. Null is
-/// no hint.
+/// A type that has a form of its own, with the hints for a value that begins a member and for one in an array.
 struct Form {
   const void* type;
-  const char* hint;
-  const char* arrayHint;
+  std::string_view hint, arrayHint;
   void (*put)(Output&, const QZBaseData&);
 };
 
 template <class T>
-Form FormOf(const char* hint, const char* arrayHint) {
+Form FormOf(std::string_view hint, std::string_view arrayHint) {
   return {QZGetDataType<T>(), hint, arrayHint, &PutHolder<T>};
 }
 
@@ -95,14 +107,14 @@ const Form* FindForm(const void* type) {
   static const Form forms[] = {
       FormOf<int>("i", "mi"),
       FormOf<float>("f", "mf"),
-      FormOf<double>(nullptr, "m"),
-      FormOf<std::string>(nullptr, "m"),
-      FormOf<JSONString>(nullptr, nullptr),
-      FormOf<bool>(nullptr, "m"),
-      FormOf<std::vector<std::string>>(nullptr, nullptr),
-      FormOf<std::vector<double>>(nullptr, nullptr),
+      FormOf<double>("", "m"),
+      FormOf<std::string>("", "m"),
+      FormOf<JSONString>("", ""),
+      FormOf<bool>("", "m"),
+      FormOf<std::vector<std::string>>("", ""),
+      FormOf<std::vector<double>>("", ""),
       FormOf<std::vector<float>>("f", "f"),
-      FormOf<std::vector<bool>>(nullptr, nullptr),
+      FormOf<std::vector<bool>>("", ""),
       FormOf<std::vector<int>>("i", "i"),
   };
   const auto* const end = std::end(forms);
@@ -125,8 +137,7 @@ class ObjectWriter {
 
  private:
   struct Hint {
-    std::string key;
-    std::string_view word;
+    std::string_view key, word;
   };
 
   void Collect(const QZBase& base);
@@ -134,16 +145,18 @@ class ObjectWriter {
   void WriteValue(QZBaseData& holder, bool isLast);
   void WriteByHandler(QZBaseData& holder, bool isLast);
   void MakeKey(std::string_view name);
-  void Begin(bool isLast, const char* hint, const char* arrayHint);
-  void Warn(const QZBaseData& holder) { QZThrow.Warning(kCannotWrite, key.c_str(), holder.GetDataType()); }
+  void Begin(bool isLast, std::string_view hint, std::string_view arrayHint);
+  void Warn(const QZBaseData& holder) const { QZThrow.Warning(kCannotWrite, key.data(), holder.GetDataType()); }
   void WriteHints();
 
   Output output;
   const ReservedKeys& keys;
   std::vector<QZBaseData*> holders;
   std::vector<Hint> hints;
-  /// Of the values that are being written, and whether these stand in an array.
-  std::string key;
+  /// The keys that differ from their names.
+  std::forward_list<std::string> ownKeys;
+  /// Of the values that are being written, a text that ends with a NUL; and whether these stand in an array.
+  std::string_view key;
   bool inArray = false;
 };
 
@@ -161,6 +174,7 @@ void ObjectWriter::Write(const QZBase& base) {
 bool sortmethod(const QZBaseData* a, const QZBaseData* b) { return a->GetTag() < b->GetTag(); }
 
 void ObjectWriter::Collect(const QZBase& base) {
+  holders.reserve(kUsualCount);
   for (QZBaseData& holder : QZIter(base.GetDataIter())) holders.push_back(&holder);
   if (!std::is_sorted(holders.begin(), holders.end(), sortmethod)) {
     std::stable_sort(holders.begin(), holders.end(), sortmethod);
@@ -176,11 +190,15 @@ void ObjectWriter::WriteTag(std::size_t first, std::size_t last) {
   if (std::exchange(inArray, false)) output.writer.EndArray();
 }
 
+/// `name` is one from the tags, which stand to the end of the process.
 void ObjectWriter::MakeKey(std::string_view name) {
-  key.clear();
-  if (foundExtendedTag(keys, name)) key = "_";
-  key += name;
-  if (output.isEscaped) QZEscapeJSON(key);
+  const bool isExtended = keys.HasExtended(name);
+  const bool isEscaped = output.isEscaped && name.find_first_of("<>") != std::string_view::npos;
+  key = name;
+  if (!isExtended && !isEscaped) return;
+  std::string& own = ownKeys.emplace_front(isExtended ? "_" : "");
+  own += name;
+  key = isEscaped ? QZEscapeJSON(own) : own;
 }
 
 void ObjectWriter::WriteValue(QZBaseData& holder, bool isLast) {
@@ -199,7 +217,7 @@ void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
   QZJSONHandlerBase* const handler = QZGetJSONHandlerByType(holder.GetDataType());
   QZJSONHandlerBase* const vectorHandler = handler ? nullptr : QZGetJSONVHandlerByType(holder.GetDataType());
   if ((!handler && !vectorHandler) || objectDepth == kMaxObjectDepth) return Warn(holder);
-  Begin(isLast, nullptr, handler ? "m" : nullptr);
+  Begin(isLast, "", handler ? "m" : "");
   const std::size_t before = RawWriter::Size(output.writer);
   if (handler) {
     handler->Write(&holder, output.writer, handler->GetFlavor());
@@ -211,14 +229,15 @@ void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
 
 /// What stands before a value, unless an array is open: the key, and the array if more values follow. Notes the hint,
 /// of which the last of a key counts.
-void ObjectWriter::Begin(bool isLast, const char* hint, const char* arrayHint) {
-  const char* const word = inArray ? arrayHint : hint;
+void ObjectWriter::Begin(bool isLast, std::string_view hint, std::string_view arrayHint) {
+  const std::string_view word = inArray ? arrayHint : hint;
   if (!inArray) {
     RawWriter::String(output.writer, key);
     if (!isLast) output.writer.StartArray();
     inArray = !isLast;
   }
-  if (!word) return;
+  if (word.empty()) return;
+  if (hints.empty()) hints.reserve(kUsualCount);
   if (hints.empty() || hints.back().key != key) hints.push_back({key, {}});
   hints.back().word = word;
 }
@@ -226,7 +245,8 @@ void ObjectWriter::Begin(bool isLast, const char* hint, const char* arrayHint) {
 /// Two names may have one key, where one was escaped and the other looks as if it were.
 void ObjectWriter::WriteHints() {
   if (hints.empty()) return;
-  std::stable_sort(hints.begin(), hints.end(), [](const Hint& a, const Hint& b) { return a.key < b.key; });
+  const auto isBefore = [](const Hint& a, const Hint& b) { return a.key < b.key; };
+  if (!std::is_sorted(hints.begin(), hints.end(), isBefore)) std::stable_sort(hints.begin(), hints.end(), isBefore);
   output.writer.Key(kHints);
   output.writer.StartObject();
   for (std::size_t i = 0; i < hints.size(); ++i) {
@@ -238,15 +258,6 @@ void ObjectWriter::WriteHints() {
 }
 
 }  // namespace
-
-bool IsReserved(const ReservedKeys& keys, std::string_view key) {
-  return keys.first && std::binary_search(keys.first, keys.first + keys.count, key);
-}
-
-bool foundExtendedTag(const ReservedKeys& keys, std::string_view key) {
-  const std::size_t first = key.find_first_not_of('_');
-  return first != std::string_view::npos && IsReserved(keys, key.substr(first));
-}
 
 void genQZBase(QZJSONWriter& writer, const QZBase& base, const ReservedKeys& keys, unsigned int flavor) {
   ObjectWriter(writer, keys, flavor).Write(base);

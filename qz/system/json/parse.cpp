@@ -6,6 +6,7 @@
 #include "qz/system/frame/error.h"
 #include "qz/system/json/check.h"
 #include "qz/system/json/guardedparse_impl.h"
+#include "qz/system/json/plainparse_impl.h"
 
 namespace QZSystem {
 
@@ -94,6 +95,9 @@ QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool require
 
 bool JSONParseHelper(rapidjson::Document& document, const char* text, std::size_t size) {
   document.SetNull();
+  JSONImpl::PlainParse plain(text, size);
+  if (size <= kMaxJSONSize) document.Populate(plain);
+  if (plain.IsDone()) return JSONImpl::ReportTopLevel(document.IsObject());
   DocumentParse parse(text, size);
   document.Populate(parse);
   return JSONImpl::Report(parse.outcome) && JSONImpl::ReportTopLevel(document.IsObject());

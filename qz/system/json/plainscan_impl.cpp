@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::ptrdiff_t kExponentDigits = 2;
 constexpr std::ptrdiff_t kIntDigits = 10;
+constexpr std::ptrdiff_t kLongDigits = 18;
 constexpr std::ptrdiff_t kMostCharacters = 40;  // of a number that is far from being too large
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -100,12 +101,19 @@ bool PlainScan::Int(long& value) {
   return true;
 }
 
-bool PlainScan::Double(double& value) {
-  const bool negative = IsNext('-');
-  const char* const first = at + (negative ? 1 : 0);
-  std::uint64_t number = 0;
-  const char* last = AddDigits(first, end, number);
-  if (last == first) return Word(value);
+/// The sign and the digits that are next; false where there are none.
+inline bool PlainScan::TakeDigits(Digits& digits) const {
+  digits.isNegative = IsNext('-');
+  digits.first = at + (digits.isNegative ? 1 : 0);
+  digits.last = AddDigits(digits.first, end, digits.number);
+  return digits.last != digits.first;
+}
+
+/// The number that begins with these digits.
+inline bool PlainScan::Decimal(const Digits& digits, double& value) {
+  const char* const first = digits.first;
+  const char* last = digits.last;
+  std::uint64_t number = digits.number;
   if (*first == '0' && last - first > 1) return false;
   std::ptrdiff_t decimals = 0;
   if (last != end && *last == '.') {
@@ -126,7 +134,26 @@ bool PlainScan::Double(double& value) {
     return false;
   }
   // The parse entry reads "-0" as the integer 0.
-  if (negative && (value != 0 || last - first > 1)) value = -value;
+  if (digits.isNegative && (value != 0 || last - first > 1)) value = -value;
+  at = last;
+  return true;
+}
+
+bool PlainScan::Double(double& value) {
+  Digits digits;
+  return TakeDigits(digits) ? Decimal(digits, value) : Word(value);
+}
+
+bool PlainScan::Number(PlainNumber& number) {
+  Digits digits;
+  if (!TakeDigits(digits)) return Word(number.value);
+  const char* const last = digits.last;
+  number.isInteger = last == end || (*last != '.' && (*last | 0x20) != 'e');
+  if (!number.isInteger) return Decimal(digits, number.value);
+  const std::ptrdiff_t length = last - digits.first;
+  if (length > kLongDigits || (*digits.first == '0' && length > 1)) return false;
+  number.isNegative = digits.isNegative;
+  number.magnitude = digits.number;
   at = last;
   return true;
 }
@@ -176,9 +203,6 @@ bool PlainScan::EscapedString(std::string_view& value, std::string& room) {
   return true;
 }
 
-bool PlainScan::AtEnd() const {
-  const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; };
-  return std::all_of(at, end, isSpace);
-}
+bool PlainScan::AtEnd() const { return std::all_of(at, end, &IsSpace); }
 
 }  // namespace QZSystem::JSONImpl

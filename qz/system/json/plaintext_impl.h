@@ -16,11 +16,20 @@ inline const char* FindSpecial(const char* at, const char* end) {
   // wrong.
   const auto zeros = [](std::uint64_t word) { return (word - kOnes) & ~word & kHighs; };
   const auto controls = [](std::uint64_t word) { return (word - kOnes * 0x20) & ~word & kHighs; };
-  for (; end - at >= 8; at += 8) {
+  const auto find = [&](const char* from) {
     std::uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    const std::uint64_t found = controls(word) | zeros(word ^ kOnes * '"') | zeros(word ^ kOnes * '\\');
+    std::memcpy(&word, from, sizeof word);
+    return controls(word) | zeros(word ^ kOnes * '"') | zeros(word ^ kOnes * '\\');
+  };
+  const bool isLong = end - at >= 8;
+  for (; end - at >= 8; at += 8) {
+    const std::uint64_t found = find(at);
     if (found != 0) return at + __builtin_ctzll(found) / 8;
+  }
+  if (isLong) {
+    // The last eight bytes, of which the first have been looked at.
+    const std::uint64_t found = find(end - 8);
+    return found == 0 ? end : end - 8 + __builtin_ctzll(found) / 8;
   }
   while (at != end && static_cast<unsigned char>(*at) >= 0x20 && *at != '"' && *at != '\\') ++at;
   return at;

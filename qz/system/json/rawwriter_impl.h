@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstring>
 #include <string_view>
 
@@ -9,8 +10,9 @@
 
 namespace QZSystem::JSONImpl {
 
-/// Puts ready tokens into rapidjson's writer, which takes care of commas and colons and notes that a token came, as for
-/// its own. It reaches what derived classes may reach, since the writer comes from outside. One thread at a time.
+/// Puts ready tokens into rapidjson's writer, and notes there that a token came, so that the writer goes on as after
+/// one of its own. It reaches what derived classes may reach, since the writer comes from outside. REQUIRES: an array
+/// or object is open. One thread at a time.
 class RawWriter : public QZJSONWriter {
  public:
   /// A string or a key, as the writer's own.
@@ -19,7 +21,7 @@ class RawWriter : public QZJSONWriter {
       writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
       return;
     }
-    char* const at = Begin(writer, rapidjson::kStringType).Push(value.size() + 2);
+    char* const at = Begin(writer, value.size() + 2);
     at[0] = '"';
     std::memcpy(at + 1, value.data(), value.size());
     at[value.size() + 1] = '"';
@@ -27,16 +29,14 @@ class RawWriter : public QZJSONWriter {
 
   /// A number, as the writer's own.
   static void Double(QZJSONWriter& writer, double value) {
-    rapidjson::StringBuffer& buffer = Begin(writer, rapidjson::kNumberType);
-    char* const at = buffer.Push(kDoubleRoom);
-    buffer.Pop(static_cast<std::size_t>(at + kDoubleRoom - PutDouble(value, at)));
+    char* const at = Begin(writer, kDoubleRoom);
+    Buffer(writer).Pop(static_cast<std::size_t>(at + kDoubleRoom - PutDouble(value, at)));
   }
 
   /// The text of a value as it stands, whatever its bytes; null for none.
   static void Raw(QZJSONWriter& writer, std::string_view text) {
     if (text.empty()) text = "null";
-    char* const at = Begin(writer, rapidjson::kObjectType).Push(text.size());
-    std::memcpy(at, text.data(), text.size());
+    std::memcpy(Begin(writer, text.size()), text.data(), text.size());
   }
 
   /// The bytes so far.
@@ -48,9 +48,18 @@ class RawWriter : public QZJSONWriter {
 
  private:
   static rapidjson::StringBuffer& Buffer(QZJSONWriter& writer) { return *(writer.*(&RawWriter::os_)); }
-  static rapidjson::StringBuffer& Begin(QZJSONWriter& writer, rapidjson::Type type) {
-    (writer.*(&RawWriter::Prefix))(type);
-    return Buffer(writer);
+
+  /// Room for a token, behind the comma or colon that goes before it.
+  static char* Begin(QZJSONWriter& writer, std::size_t size) {
+    assert(OpenBrackets(writer) > 0);
+    Level& level = *(writer.*(&RawWriter::level_stack_)).template Top<Level>();
+    const bool isFirst = level.valueCount == 0;
+    char* const at = Buffer(writer).Push(isFirst ? size : size + 1);
+    const bool isMemberValue = !level.inArray && level.valueCount % 2 != 0;
+    ++level.valueCount;
+    if (isFirst) return at;
+    *at = isMemberValue ? ':' : ',';
+    return at + 1;
   }
 };
 

@@ -11,6 +11,7 @@
 
 #include "qz/system/json/check.h"
 #include "qz/system/json/guardedparse_impl.h"
+#include "qz/system/json/plainparse_impl.h"
 #include "qz/system/json/write.h"
 #include "tests/system/cli/messages.h"
 
@@ -43,7 +44,42 @@ bool IsOddNumber(const std::string& text, std::size_t offset) {
   return (token[0] == 'N' || token[0] == 'I') && token != "NaN" && token != "Inf" && token != "Infinity";
 }
 
+/// Fills a document by the guarded parser alone.
+struct GuardedDocument {
+  bool operator()(rapidjson::Document& document) const {
+    return JSONImpl::GuardedParse(text.data(), text.size(), document).code == rapidjson::kParseErrorNone;
+  }
+  const std::string& text;
+};
+
+/// The text of a value, with the kinds that its numbers are of.
+std::string KindsOf(const rapidjson::Value& value) {
+  std::string kinds = QZJSONText(value) + (value.IsInt() ? "i" : "") + (value.IsUint() ? "u" : "") +
+                      (value.IsInt64() ? "I" : "") + (value.IsUint64() ? "U" : "") + (value.IsDouble() ? "d" : "");
+  if (value.IsArray()) {
+    for (const auto& each : value.GetArray()) kinds += KindsOf(each);
+  }
+  if (value.IsObject()) {
+    for (const auto& member : value.GetObject()) kinds += KindsOf(member.value);
+  }
+  return kinds;
+}
+
+/// What the quick parse takes is what the guarded one makes of the text. Returns whether it took it.
+bool ExpectQuickIsGuarded(const std::string& text) {
+  rapidjson::Document quick, guarded;
+  JSONImpl::PlainParse parse(text.data(), text.size());
+  quick.Populate(parse);
+  if (!parse.IsDone()) return false;
+  EXPECT_EQ(Guarded(text).code, rapidjson::kParseErrorNone) << text;
+  GuardedDocument guard{text};
+  guarded.Populate(guard);
+  EXPECT_EQ(KindsOf(quick), KindsOf(guarded)) << text;
+  return true;
+}
+
 void ExpectPlain(const std::string& text) {
+  ExpectQuickIsGuarded(text);
   const Outcome guarded = Guarded(text);
   const Outcome plain = Plain(text);
   if (guarded.code == rapidjson::kParseErrorValueInvalid && IsOddNumber(text, guarded.offset)) return;
@@ -100,6 +136,20 @@ TEST(JSONParse, EveryCutAndEveryFlipEndsAsInThePlainParser) {
       ASSERT_NO_FATAL_FAILURE(ExpectPlain(text));
     }
   }
+}
+
+TEST(JSONParse, UsualTextsAreTakenQuickly) {
+  for (const std::string& text :
+       {Sample(), std::string("{}"), std::string(" [ ] "), std::string("[-0,0,-0.0,1e5,-1.5E-2,0.1,123456789.123456]"),
+        std::string("[2147483647,2147483648,4294967295,4294967296,-2147483648,-2147483649,999999999999999999]"),
+        Repeat("[", 16) + Repeat("]", 16)}) {
+    EXPECT_EQ(ExpectQuickIsGuarded(text), text != Sample()) << text;
+  }
+  for (const char* text : {"[9223372036854775808]", "[01]", "[1.]", "[NaN.2]", "[Inf]", "\"a\0\"", "[1,]", "[1 2]",
+                           "{1:2}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1]]", "[tru]", "[1e999]"}) {
+    EXPECT_FALSE(ExpectQuickIsGuarded(text)) << text;
+  }
+  EXPECT_FALSE(ExpectQuickIsGuarded(Repeat("[", 17) + Repeat("]", 17)));
 }
 
 TEST(JSONParse, MessagesTellOffsetAndReason) {
