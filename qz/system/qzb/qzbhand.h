@@ -6,6 +6,7 @@
 #include "qz/system/data/base.h"
 #include "qz/system/frame/iterbase.h"
 #include "qz/system/qzb/qzbfxn.h"
+#include "qz/system/qzb/qzbinit.h"
 
 namespace QZSystem {
 
@@ -91,20 +92,5 @@ class QZBinaryIOHandler : public QZBinaryIOHandlerBase {
  private:
   std::unique_ptr<QZBinaryIOImpl> impl;
 };
-
-/// A function that teaches a handler, announced by a library when it is loaded.
-using QZBInitializer = bool (*)(QZBinaryIOHandlerBase&);
-
-/// Announces an initialiser to the whole process, from any static initialiser on. False, with the list as it was, if
-/// the list can't grow. Not synchronised: the list is filled before other threads start.
-bool QZRegisterQZBInitializer(QZBInitializer initializer);
-
-/// How many initialisers have been announced.
-[[nodiscard]] unsigned int QZGetQZBInitializerCount();
-
-/// Calls all initialisers on a handler, in the order in which they were announced. Those that returned false, because
-/// they need what another one brings, get a second call behind all others; for each that fails again there is the
-/// Warning "Default Initializer failed during setup.".
-void QZInitializeHandler(QZBinaryIOHandlerBase& handler);
 
 }  // namespace QZSystem

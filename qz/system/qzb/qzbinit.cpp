@@ -1,9 +1,9 @@
-#include "qz/system/qzb/qzbhandimpl.h"
+#include "qz/system/qzb/qzbinit.h"
 
 #include <cstdlib>
+#include <vector>
 
 #include "qz/system/frame/error.h"
-#include "qz/system/qzb/qzbhand.h"
 
 namespace QZSystem {
 
