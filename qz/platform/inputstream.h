@@ -63,8 +63,8 @@ class qzistream : public qzstream {
   [[nodiscard]] unsigned long size() { return sizeKnown ? total : _qzsize(); }
 
   /// Moves to a position counted from the start of the source. False, and nothing moved, when the source can't: a
-  /// pipe outside the buffer, a position below 0 or behind the size. After a move inside the buffer the end shows
-  /// only when a read has met it again.
+  /// pipe outside the buffer, a position below 0 or behind the size. After a move inside the buffer, or to where an
+  /// empty one stands, the end shows only when a read has met it again.
   bool seek(long position);
 
   // Text.
