@@ -5,14 +5,12 @@
 
 #include "qz/platform/numbertext.h"
 #include "qz/platform/syscalls_impl.h"
+#include "qz/system/progress/elapsed_impl.h"
 
 namespace QZSystem {
 
 namespace {
 
-// Processor time overflows 32 bits, the width that it has on some machines, after as many seconds.
-constexpr std::time_t longestProcessorTime = 2147;
-constexpr float clockTicks = 1e6F;
 constexpr long lastCells = 5;
 
 // A percentage may be any number, also one that no integer type holds.
@@ -64,13 +62,7 @@ bool QZDotTracer::Aborted() {
   return false;
 }
 
-bool QZDotTracer::IsDue() const {
-  const std::time_t seconds = SystemCalls::Time() - lastTime;
-  const float passed = seconds > longestProcessorTime
-                           ? static_cast<float>(seconds)
-                           : static_cast<float>(SystemCalls::ProcessorTime() - lastClock) / clockTicks;
-  return passed >= interval;
-}
+bool QZDotTracer::IsDue() const { return SecondsSince(lastClock, lastTime) >= interval; }
 
 void QZDotTracer::PrintDot(double percent) {
   if (!IsDue()) return;
