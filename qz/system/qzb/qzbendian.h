@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <type_traits>
 
 #include "qz/platform/halffloat.h"
@@ -78,6 +79,17 @@ constexpr bool QZIsLittleEndian() {
 template <class T>
 constexpr bool QZIsByteSwapRequired(bool otherIsLittle) {
   return otherIsLittle != QZIsLittleEndian<T>();
+}
+
+/// Reverses the bytes of an element.
+template <class T>
+T QZBSwapped(T value) {
+  unsigned char there[sizeof value];
+  unsigned char back[sizeof value];
+  std::memcpy(there, &value, sizeof value);
+  for (unsigned long i = 0; i < sizeof value; ++i) back[i] = there[sizeof value - 1 - i];
+  std::memcpy(static_cast<void*>(&value), back, sizeof value);
+  return value;
 }
 
 }  // namespace QZSystem

@@ -30,6 +30,8 @@ char* putTag(char* to, std::string_view name, unsigned char code) {
 
 // False for a code that can't be written.
 bool codeOf(std::string_view name, unsigned char& code) {
+  code = 0;
+  if (!MayHaveCode(name[0])) return true;
   code = UnknownCodeOf(name);
   if (code == 0) code = TagCode(name);
   return code < 0x80;

@@ -94,11 +94,8 @@ std::size_t digitsOf(unsigned char code) { return code >= 100 ? 3 : code >= 10 ?
 
 std::string_view TagName(unsigned char code) { return code < codeLimit ? tagNames[code] : std::string_view(); }
 
-// Nearly all names of users differ from all of these in their first two bytes.
 unsigned char TagCode(std::string_view name) {
-  if (name.size() < 2) return 0;
-  const bool candidate = name[0] == 'Q' ? name[1] == 'Z' : name[0] == 'z' || name[0] == 'M';
-  if (!candidate) return 0;
+  if (name.empty() || !MayHaveCode(name[0])) return 0;
   const auto* const found =
       std::find_if(std::begin(codes), std::end(codes), [name](const Code& each) { return each.name == name; });
   return found == std::end(codes) ? 0 : found->code;

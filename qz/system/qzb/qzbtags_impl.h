@@ -10,6 +10,9 @@ std::string_view TagName(unsigned char code);
 /// The code of a name, 0 if it has none.
 unsigned char TagCode(std::string_view name);
 
+/// Whether a name that begins with that letter may go back to a code at all; nearly no name of a user does.
+inline bool MayHaveCode(char first) { return first == 'Q' || first == 'U' || first == 'M' || first == 'z'; }
+
 /// What a name begins with that stands for a code without a name; the code follows in decimal.
 inline constexpr std::string_view UnknownCodePrefix = "UnknownQZB";
 

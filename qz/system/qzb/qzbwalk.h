@@ -125,17 +125,6 @@ class QZBWalk {
   bool swapFloats = false;
 };
 
-/// Reverses the bytes of an element.
-template <class T>
-T QZBSwapped(T value) {
-  unsigned char there[sizeof value];
-  unsigned char back[sizeof value];
-  std::memcpy(there, &value, sizeof value);
-  for (unsigned long i = 0; i < sizeof value; ++i) back[i] = there[sizeof value - 1 - i];
-  std::memcpy(static_cast<void*>(&value), back, sizeof value);
-  return value;
-}
-
 template <class T>
 T QZBEntry::Get(unsigned long index) const {
   T value;
