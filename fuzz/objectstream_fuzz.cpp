@@ -31,8 +31,8 @@ QZBinaryIOHandler containerHandler() {
   return handler;
 }
 
-// What isn't written under its name: no name, unknown items as a whole, what a reader takes for the second half of a
-// value, a code that can't be, and a name too long for a second tag.
+// What isn't written, or isn't read again, under its name: no name, unknown items as a whole, what a reader takes for
+// the second half of a value, a code that can't be, and a name too long for a second tag.
 bool isDropped(const std::string& name, bool isPlain) {
   const auto startsWith = [&name](const char* text) { return name.rfind(text, 0) == 0; };
   return name.empty() || startsWith("QZUnknownQZB") || startsWith("!HandledQZBTag:") ||

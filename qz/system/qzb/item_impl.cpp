@@ -59,6 +59,7 @@ NameOutcome ReadValueName(qzistream& in, std::string& name) {
     if (first > 0) name = EntryName(static_cast<unsigned char>(first));
     return first > 0 ? NameOutcome::Read : NameOutcome::Missing;
   }
+  if (in.eof()) return NameOutcome::Missing;
   const unsigned long length = QZBReadDataLength(in, QZBLargestLength);
   if (length == 0 || length >= QZBTagBufferSize) {
     SendTagCorrupt(length);

@@ -41,10 +41,10 @@ bool addArray(QZBEntryWriter& item, std::string_view name, const QZBaseData& val
   return item.AddArray(name, array.GetData(), array.GetSize());
 }
 
-// The kept bytes are the payload. Without any the entry would stop its readers.
+// The kept bytes are the payload.
 bool addUnknown(QZBEntryWriter& item, std::string_view name, const QZBaseData& value) {
   const QZUnknownQZBData& unknown = static_cast<const QZBaseDataT<QZUnknownQZBData>&>(value).GetData();
-  if (!unknown || StartsWith(name, unknownPrefix)) return true;
+  if (StartsWith(name, unknownPrefix)) return true;
   return item.AddHandled(name, std::string_view(unknown.data.data(), unknown.data.size()));
 }
 
@@ -98,21 +98,20 @@ const FormTable& forms() {
   return table;
 }
 
-enum class Outcome { Added, LeftOut, Failed, TooDeep };
+enum class Outcome { Done, Refused, WriterFailed, TooDeep };
 
-// A value of a class, which a base writer of the handler writes into a block of its own. A writer that wrote nothing
-// had nothing to write; an entry without a payload would stop its readers.
+// A value of a class, which a base writer of the handler writes into a block of its own. One that nobody writes is left
+// out without a word.
 Outcome addHandled(QZBEntryWriter& item, std::string_view name, const QZBaseData& value,
                    const QZBinaryIOHandlerBase& handler) {
   const QZWriteFxn<QZBaseData>* const writer = FindBaseWriter(handler, value.GetDataType());
-  if (!writer) return Outcome::LeftOut;
+  if (!writer) return Outcome::Done;
   const auto body = std::make_unique<BodyStream>();
   const bool written = (*writer)(*body, value, handler);
   if (WritingIsTooDeep()) return Outcome::TooDeep;
-  if (!written) return Outcome::Failed;
+  if (!written) return Outcome::WriterFailed;
   const unsigned long size = body->Bytes().size();
-  if (size == 0) return Outcome::LeftOut;
-  return item.AddHandled(name, body->Release(), size) ? Outcome::Added : Outcome::Failed;
+  return item.AddHandled(name, body->Release(), size) ? Outcome::Done : Outcome::Refused;
 }
 
 // False if nothing of the object is to be written.
@@ -120,13 +119,12 @@ bool addValue(QZBEntryWriter& item, const QZBaseData& value, const QZBinaryIOHan
   const std::string_view name(QZGetTag(value.GetTag()));
   if (name.empty()) return true;
   const AddWritten add = forms().Find(value.GetDataType());
-  if (add) {
-    if (add(item, name, value)) return true;
-  } else {
-    const Outcome outcome = addHandled(item, name, value, handler);
-    if (outcome != Outcome::Failed) return outcome != Outcome::TooDeep;
-  }
-  if (UnknownCodeOf(name) >= firstRefusedCode) return false;
+  const Outcome outcome = !add                     ? addHandled(item, name, value, handler)
+                          : add(item, name, value) ? Outcome::Done
+                                                   : Outcome::Refused;
+  if (outcome == Outcome::Done) return true;
+  if (outcome == Outcome::TooDeep) return false;
+  if (outcome == Outcome::Refused && UnknownCodeOf(name) >= firstRefusedCode) return false;
   QZThrow.Warning(writerFailed, name.data());
   return true;
 }

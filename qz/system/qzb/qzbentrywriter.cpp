@@ -58,7 +58,7 @@ char* QZBEntryWriter::Room(unsigned long size) {
 char* QZBEntryWriter::PutHead(std::string_view name, unsigned char type, unsigned long bodyRoom) {
   if (name.empty() || name.size() > longestTag) return nullptr;
   unsigned char code = 0;
-  if (name[0] == '!' ? StartsWith(name, HandledPrefix) : !codeOf(name, code)) return nullptr;
+  if (!codeOf(name, code)) return nullptr;
   char* to = putTag(Room(1 + longestLength + name.size() + 1 + bodyRoom), name, code);
   *to++ = static_cast<char>(type);
   return to;

@@ -64,8 +64,9 @@ inline constexpr unsigned char QZBArrayType<QZHalfFloat> = QZBType::HalfFloatArr
 ///
 /// Small values are collected, large ones are written from where they stand: elements, texts and payloads that are
 /// added must be there until Write. An `Add` returns false, and adds nothing, for a name that can't be written: one
-/// that has not 1 to 1023 bytes (1008 for a handled value), "UnknownQZB" followed by 128 to 255, and, but for handled
-/// values, one that begins with "!HandledQZBTag:"; and for a value of 4 GiB or more. One thread at a time.
+/// that has not 1 to 1023 bytes (1008 for a handled value), and "UnknownQZB" followed by 128 to 255; and for a value of
+/// 4 GiB or more. Under a name that begins with "!HandledQZBTag:" a reader takes any value for a handled one: of a
+/// vector of `char` its elements are the payload, all else ends the reading. One thread at a time.
 class QZBEntryWriter {
  public:
   QZBEntryWriter() = default;

@@ -80,6 +80,15 @@ TEST(DamagedObjectStream, StopsWithTheCodeOfThePlace) {
   for (const auto& each : cases) EXPECT_EQ(Read(Bytes(each.body)), each.told) << each.body;
 }
 
+// What ends at a tag byte has no length that could be damaged.
+TEST(DamagedObjectStream, ThatEndsAtATagByteGivesNoMessage) {
+  Warnings warnings;
+  EXPECT_EQ(Read(Bytes("01 3F 00")), "6: ");
+  EXPECT_EQ(Read(Bytes("01 3F 00 81 'a' 60 00 81 'b' 51 83 3C 81 00")), "11: ");
+  EXPECT_EQ(Read(Bytes("01 3F 00 81 'a' 60 00 81 'b' 51 87 00 83 'Box' 81 00"), ContainerHandler()), "0: ");
+  EXPECT_EQ(warnings.Take(), "");
+}
+
 TEST(DamagedObjectStream, IsCheckedAgainstWhatTheStreamHolds) {
   const std::string whole = Bytes("01 3F 00 81 'n' 02 01");
   for (const unsigned long length : {8UL, 1UL << 32, ~0UL >> 1, ~0UL}) {

@@ -162,16 +162,18 @@ TEST(ObjectStream, LeavesOutNamesThatAreTooLong) {
   EXPECT_EQ(out.tell(), 0U);
 }
 
-// A name like the second tag of a value of a class can stand only there.
-TEST(ObjectStream, LeavesOutPlainValuesThatWouldReadAsHandled) {
-  QZContainer object, inner;
+// To a reader such a name is the second tag of a value of a class, whatever stands behind it.
+TEST(ObjectStream, WritesNamesThatReadAsHandled) {
+  QZContainer plain, payload, object, inner;
+  plain.SetData("!HandledQZBTag:x", 5);
+  payload.SetData("!HandledQZBTag:x", std::vector<char>{0x3C, '\x81', 0, '\x81', 'b'});
+  EXPECT_EQ(Hex(Written(plain)), Hex(Bytes("01 3F 00 90 '!HandledQZBTag:x' 01 05 00 00 00")));
+  EXPECT_EQ(Hex(Written(payload)), Hex(Bytes("01 3F 00 90 '!HandledQZBTag:x' 51 85 3C 81 00 81 'b'")));
+  EXPECT_EQ(Read(Written(payload)), "0: b unknown '' 60 3C 81 00 81 62; ");
   inner.SetData("n", 1);
-  object.SetData("!HandledQZBTag:x", 5);
   object.SetData("!HandledQZBTag:y", inner);
   object.SetData("z", 6);
-  Warnings warnings;
   const std::string bytes = Written(object, ContainerHandler());
-  EXPECT_EQ(warnings.Take(), skipped + "!HandledQZBTag:x.  Skipping...\n");
   EXPECT_EQ(Read(bytes, ContainerHandler()), "0: !HandledQZBTag:y {n int 1; }; z int 6; ");
   QZContainer unknown;
   BytesIn in(bytes);
@@ -281,6 +283,28 @@ TEST(ObjectStream, LeavesNoTraceOfAWriterThatFails) {
   EXPECT_EQ(Hex(Written(object, handler)),
             Hex(Bytes("01 3F 00 81 'a' 01 01 00 00 00 00 81 'c' 60 00 90 '!HandledQZBTag:c' 51 85 'trace'")));
   EXPECT_EQ(warnings.Take(), skipped + "b.  Skipping...\n");
+  object.SetData("UnknownQZB200", QZContainer());
+  EXPECT_EQ(Written(object, handler).size(), 39U) << "a value that isn't written has no code to refuse";
+  object.SetData("UnknownQZB200", good);
+  EXPECT_EQ(Written(object, handler), "failed");
+}
+
+// No reader gets past it.
+TEST(ObjectStream, WritesAnEntryForAnEmptyPayload) {
+  class Silent : public Failing {
+   public:
+    Silent* CreateCopy() const override { return new Silent(*this); }
+    bool operator()(qzostream&, const QZBaseData&, const QZBinaryIOHandlerBase&) const override { return true; }
+  };
+  QZBinaryIOHandler handler;
+  handler.SetBaseWriteFxn(Silent());
+  QZContainer box, unknown;
+  box.SetData("b", QZContainer());
+  unknown.SetData("b", QZUnknownQZBData());
+  const std::string bytes = Bytes("01 3F 00 81 'b' 60 00 90 '!HandledQZBTag:b' 51 80");
+  EXPECT_EQ(Hex(Written(box, handler)), Hex(bytes));
+  EXPECT_EQ(Hex(Written(unknown)), Hex(bytes));
+  EXPECT_EQ(Read(bytes), "4: ");
 }
 
 TEST(ObjectStream, DropsUnknownItemsOfOthers) {
@@ -288,7 +312,7 @@ TEST(ObjectStream, DropsUnknownItemsOfOthers) {
   unknown.data = {'a'};
   QZContainer object;
   object.AddData(QZUnknownQZBDataTagName(), unknown);
-  object.AddData("QZUnknownQZB", unknown);
+  object.AddData("QZUnknownQZB", QZUnknownQZBData());
   EXPECT_EQ(Written(object), "");
 }
 
