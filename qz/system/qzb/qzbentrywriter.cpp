@@ -17,8 +17,19 @@ constexpr unsigned long firstCapacity = 512;
 constexpr unsigned long longestLength = 5;
 constexpr unsigned long longestTag = QZBTagBufferSize - 1;
 
+// Names and texts are short: two copies that may overlap cost less than a call.
 char* putBytes(char* to, const char* bytes, unsigned long size) {
-  if (size != 0) std::memcpy(to, bytes, size);
+  if (size > 16) {
+    std::memcpy(to, bytes, size);
+  } else if (size >= 8) {
+    std::memcpy(to, bytes, 8);
+    std::memcpy(to + size - 8, bytes + size - 8, 8);
+  } else if (size >= 4) {
+    std::memcpy(to, bytes, 4);
+    std::memcpy(to + size - 4, bytes + size - 4, 4);
+  } else {
+    for (unsigned long i = 0; i < size; ++i) to[i] = bytes[i];
+  }
   return to + size;
 }
 
@@ -39,19 +50,14 @@ bool codeOf(std::string_view name, unsigned char& code) {
 
 }  // namespace
 
-// Memory for `size` more bytes behind those that are in use.
-char* QZBEntryWriter::Room(unsigned long size) {
-  const unsigned long needed = flagBytes + used + size;
-  if (needed > capacity) {
-    const unsigned long more = std::max({firstCapacity, 2 * capacity, needed});
-    std::unique_ptr<char[]> larger(new char[more]);
-    if (used != 0) std::memcpy(larger.get(), collected.get(), flagBytes + used);
-    larger[0] = static_cast<char>(QZBIntEndian());
-    larger[1] = static_cast<char>(QZBFloatEndian());
-    collected = std::move(larger);
-    capacity = more;
-  }
-  return collected.get() + flagBytes + used;
+void QZBEntryWriter::Grow(unsigned long size) {
+  const unsigned long more = std::max({firstCapacity, 2 * capacity, flagBytes + used + size});
+  std::unique_ptr<char[]> larger(new char[more]);
+  if (used != 0) std::memcpy(larger.get(), collected.get(), flagBytes + used);
+  larger[0] = static_cast<char>(QZBIntEndian());
+  larger[1] = static_cast<char>(QZBFloatEndian());
+  collected = std::move(larger);
+  capacity = more;
 }
 
 // The tag and the type byte of an entry, with room behind them; null for a name that can't be written.
@@ -64,14 +70,6 @@ char* QZBEntryWriter::PutHead(std::string_view name, unsigned char type, unsigne
   return to;
 }
 
-bool QZBEntryWriter::AddScalar(std::string_view name, unsigned char type, const void* value, unsigned long size) {
-  char* const to = PutHead(name, type, size);
-  if (!to) return false;
-  std::memcpy(to, value, size);
-  used = static_cast<unsigned long>(to + size - collected.get()) - flagBytes;
-  return true;
-}
-
 bool QZBEntryWriter::AddBytes(std::string_view name, unsigned char type, const void* bytes, unsigned long size) {
   if (size > QZBLargestLength) return false;
   const unsigned long copied = size < largeSize ? size : 0;
@@ -79,7 +77,7 @@ bool QZBEntryWriter::AddBytes(std::string_view name, unsigned char type, const v
   if (!to) return false;
   if (QZGetQZBForm(type).flag == QZBFlag::Short) *to++ = static_cast<char>(QZBShortEndian());
   to = putBytes(PutLength(to, size), static_cast<const char*>(bytes), copied);
-  used = static_cast<unsigned long>(to - collected.get()) - flagBytes;
+  Use(to);
   if (copied != size) Refer(static_cast<const char*>(bytes), size);
   return true;
 }
@@ -90,7 +88,7 @@ bool QZBEntryWriter::Add(std::string_view name, const std::vector<bool>& element
   if (!to) return false;
   to = PutLength(to, elements.size());
   for (bool element : elements) *to++ = element ? 1 : 0;
-  used = static_cast<unsigned long>(to - collected.get()) - flagBytes;
+  Use(to);
   return true;
 }
 
@@ -119,7 +117,7 @@ bool QZBEntryWriter::AddHandled(std::string_view name, std::string_view payload)
   char* to = PutHandledHead(name, payload.size(), copied);
   if (!to) return false;
   to = putBytes(to, payload.data(), copied);
-  used = static_cast<unsigned long>(to - collected.get()) - flagBytes;
+  Use(to);
   if (copied != payload.size()) Refer(payload.data(), payload.size());
   return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -74,11 +75,11 @@ class QZBEntryWriter {
   QZBEntryWriter& operator=(const QZBEntryWriter&) = delete;
 
   /// Single values. A `bool` that is false has no entry: to a reader it is false as a missing value is.
-  bool Add(std::string_view name, int value) { return AddScalar(name, QZBType::Int, &value, sizeof value); }
-  bool Add(std::string_view name, unsigned int value) { return AddScalar(name, QZBType::Int, &value, sizeof value); }
-  bool Add(std::string_view name, float value) { return AddScalar(name, QZBType::Float, &value, sizeof value); }
-  bool Add(std::string_view name, double value) { return AddScalar(name, QZBType::Double, &value, sizeof value); }
-  bool Add(std::string_view name, bool value) { return !value || AddScalar(name, QZBType::Bool, &value, sizeof value); }
+  bool Add(std::string_view name, int value) { return AddScalar(name, QZBType::Int, value); }
+  bool Add(std::string_view name, unsigned int value) { return AddScalar(name, QZBType::Int, value); }
+  bool Add(std::string_view name, float value) { return AddScalar(name, QZBType::Float, value); }
+  bool Add(std::string_view name, double value) { return AddScalar(name, QZBType::Double, value); }
+  bool Add(std::string_view name, bool value) { return !value || AddScalar(name, QZBType::Bool, value); }
   bool Add(std::string_view name, std::string_view text) {
     return AddBytes(name, QZBType::String, text.data(), text.size());
   }
@@ -128,9 +129,22 @@ class QZBEntryWriter {
     unsigned long size;
   };
 
-  char* Room(unsigned long size);
+  // Memory for `size` more bytes behind those that are in use, and the end of what is used then.
+  char* Room(unsigned long size) {
+    if (flagBytes + used + size > capacity) Grow(size);
+    return collected.get() + flagBytes + used;
+  }
+  void Use(const char* to) { used = static_cast<unsigned long>(to - collected.get()) - flagBytes; }
+  void Grow(unsigned long size);
   char* PutHead(std::string_view name, unsigned char type, unsigned long bodyRoom);
-  bool AddScalar(std::string_view name, unsigned char type, const void* value, unsigned long size);
+  template <class T>
+  bool AddScalar(std::string_view name, unsigned char type, T value) {
+    char* const to = PutHead(name, type, sizeof value);
+    if (!to) return false;
+    std::memcpy(to, &value, sizeof value);
+    Use(to + sizeof value);
+    return true;
+  }
   bool AddBytes(std::string_view name, unsigned char type, const void* bytes, unsigned long size);
   char* PutHandledHead(std::string_view name, unsigned long size, unsigned long bodyRoom);
   void Refer(const char* bytes, unsigned long size);

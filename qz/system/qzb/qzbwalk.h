@@ -51,27 +51,18 @@ class QZBWalk {
   /// Stands at the first entry of an item of `count` bytes, flags included.
   QZBWalk(const char* bytes, unsigned long count) : start(bytes), at(bytes), end(bytes + count) {
     if (count < 2) {
-      status = QZBReturn::IncorrectSize;
+      Stop(QZBReturn::IncorrectSize);
       return;
     }
-    swapInts = QZBIntEndian(static_cast<unsigned int>(get()));
-    swapFloats = QZBFloatEndian(static_cast<unsigned int>(get()));
+    swaps[1] = QZBIntEndian(static_cast<unsigned int>(get()));
+    swaps[2] = QZBFloatEndian(static_cast<unsigned int>(get()));
   }
 
   /// Takes the next entry. False at the end and at the first damage, as Status tells.
   bool Next(QZBEntry& entry) {
-    if (at == end || status != QZBReturn::Success) return false;
+    if (at == end) return false;
     entryStart = at;
-    if (!tag(entry)) return false;
-    entry.type = static_cast<unsigned char>(*at++);
-    entry.form = QZGetQZBForm(entry.type);
-    entry.swapped = false;
-    if (entry.name[0] == '!' && isHandledHalf(entry)) return handled(entry, false);
-    if (entry.form.shape == QZBShape::Scalar) {
-      entry.swapped = entry.form.flag == QZBFlag::Int ? swapInts : entry.form.flag == QZBFlag::Float && swapFloats;
-      return bytes(entry, entry.form.size);
-    }
-    return counted(entry);
+    return TakeShort(entry) || TakeAny(entry);
   }
 
   /// The return code: 0 at the end and as long as nothing was damaged.
@@ -80,49 +71,57 @@ class QZBWalk {
   /// The positions, from the start of the item, of the entry that Next took last or failed at, and of the byte behind
   /// what has been read.
   [[nodiscard]] unsigned long EntryOffset() const { return static_cast<unsigned long>(entryStart - start); }
-  [[nodiscard]] unsigned long Offset() const { return static_cast<unsigned long>(at - start); }
+  [[nodiscard]] unsigned long Offset() const {
+    return static_cast<unsigned long>((status == QZBReturn::Success ? at : stopped) - start);
+  }
 
  private:
   template <class Source>
   friend bool ReadLength(Source& in, unsigned long largest, unsigned long& length);
 
   int get() { return at == end ? -1 : static_cast<unsigned char>(*at++); }
-  bool fail(unsigned int code) {
-    status = code;
-    return false;
-  }
 
-  // A name as text of less than 128 bytes is the usual case.
-  bool tag(QZBEntry& entry) {
+  // The usual entry: the name is text, and name and body have less than 128 bytes each. False, with nothing consumed,
+  // for any other one.
+  bool TakeShort(QZBEntry& entry) {
     const unsigned long left = static_cast<unsigned long>(end - at);
-    const unsigned long size = left > 2 ? static_cast<unsigned char>(at[1]) & 0x7FU : 0;
-    if (*at != 0 || size == 0 || !(at[1] & 0x80) || size >= left - 2 || at[2] == 0) return otherTag(entry);
+    if (left < 5 || at[0] != 0 || static_cast<signed char>(at[1]) >= 0) return false;
+    const unsigned long nameSize = at[1] & 0x7FU;
+    if (nameSize == 0 || nameSize + 4 > left || at[2] == 0 || at[2] == '!') return false;
+    const char* body = at + 2 + nameSize + 1;
+    const unsigned char type = static_cast<unsigned char>(body[-1]);
+    const QZBForm form = QZGetQZBForm(type);
+    unsigned long size = form.size;
+    if (form.shape != QZBShape::Scalar) {
+      if (form.shape != QZBShape::String || static_cast<signed char>(*body) >= 0) return false;
+      size = *body++ & 0x7FU;
+    }
+    if (size > static_cast<unsigned long>(end - body)) return false;
+    entry.name = std::string_view(at + 2, nameSize);
     entry.code = 0;
-    entry.name = std::string_view(at + 2, size);
-    at += 2 + size;
+    entry.type = type;
+    entry.form = form;
+    entry.swapped = swaps[static_cast<unsigned int>(form.flag)];
+    entry.body = std::string_view(body, size);
+    at = body + size;
     return true;
   }
 
-  bool bytes(QZBEntry& entry, unsigned long count) {
-    if (count > static_cast<unsigned long>(end - at)) return cut();
-    entry.body = std::string_view(at, count);
-    at += count;
-    return true;
-  }
-
-  bool cut();
-  bool otherTag(QZBEntry& entry);
-  static bool isHandledHalf(const QZBEntry& entry);
-  bool counted(QZBEntry& entry);
-  bool handled(QZBEntry& entry, bool hasSecondTag);
+  bool TakeAny(QZBEntry& entry);
+  bool Stop(unsigned int code);
+  bool Cut();
+  bool Tag(QZBEntry& entry);
+  bool Counted(QZBEntry& entry);
+  bool Handled(QZBEntry& entry, bool hasSecondTag);
+  bool Bytes(QZBEntry& entry, unsigned long count);
 
   const char* start;
   const char* at;
   const char* end;
   const char* entryStart = start;
+  const char* stopped = start;
   unsigned int status = QZBReturn::Success;
-  bool swapInts = false;
-  bool swapFloats = false;
+  bool swaps[4] = {};  // by the flag that governs
 };
 
 template <class T>

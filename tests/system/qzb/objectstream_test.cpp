@@ -354,6 +354,7 @@ TEST(Items, ThatNobodyReadsAreAttached) {
                {"00 81 00 81 'a'", 6, ""},
                {"01", 6, ""},
                {"", 6, ""}};
+  Warnings warnings;
   for (const auto& each : cases) {
     const std::string bytes = Bytes(each.bytes);
     BytesIn in(bytes);
