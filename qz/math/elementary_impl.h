@@ -116,9 +116,8 @@ inline LogParts LogPartsOf(double x, int octaves) {
   const double number = high + r;
   const double lost = (high - number) + r + ((near - r) + below) + (octave * ln2Low + entry.low);
   const double square = r * r;
-  const double fourth = square * square;
-  const double series = (1.0 / 3 - r * (1.0 / 4)) + square * (1.0 / 5 - r * (1.0 / 6)) +
-                        fourth * ((1.0 / 7 - r * (1.0 / 8)) + square * (1.0 / 9));
+  const double series =
+      (1.0 / 3 - r * (1.0 / 4)) + square * (1.0 / 5 - r * (1.0 / 6)) + square * square * (1.0 / 7 - r * (1.0 / 8));
   return {number, lost + (r * square * series - 0.5 * square)};
 }
 

@@ -4,28 +4,35 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <typeinfo>
 #include <utility>
 
 #include "qz/math/elementary_impl.h"
 
 namespace QZMath {
 
-// A unit that holds the engine lets a compiler guess that it is the one behind a call, and put it in line.
-template class MtRng<Mt64Traits>;
-
 using Elementary::Exp;
 using Elementary::Log;
 
 namespace {
 
+// Draws from the engine as what it is: the one of the house is put in line, any other is called.
+template <class Draw>
+auto drawFrom(QZRanNumEngine& engine, Draw draw) {
+  if (typeid(engine) == typeid(MtRng<Mt64Traits>)) return draw(static_cast<MtRng<Mt64Traits>&>(engine));
+  return draw(engine);
+}
+
 // Two numbers at once, until both are good. The pair is one try: a bad one costs both.
 template <class IsGood>
-std::pair<double, double> drawPair(QZRanNumEngine& engine, IsGood isGood) {
-  for (;;) {
-    const double first = engine.getUnitDouble();
-    const double second = engine.getUnitDouble();
-    if (isGood(first, second)) return {first, second};
-  }
+std::pair<double, double> drawTwo(QZRanNumEngine& engine, IsGood isGood) {
+  return drawFrom(engine, [isGood](auto& source) {
+    for (;;) {
+      const double first = source.getUnitDouble();
+      const double second = source.getUnitDouble();
+      if (isGood(first, second)) return std::make_pair(first, second);
+    }
+  });
 }
 
 // -ln(-ln u): the standard Gumbel distribution.
@@ -58,22 +65,26 @@ void QZGaussianRNG::SetParams(double center, double deviation) {
 }
 
 double QZGaussianRNG::operator()(QZRanNumEngine& engine) {
-  if (hasCached) {
-    hasCached = false;
-    return cached * sigma + mean;
-  }
+  const double z = hasCached ? cached : drawPair(engine);
+  hasCached = !hasCached;
+  return z * sigma + mean;
+}
+
+// The second of the pair stays in `cached`.
+double QZGaussianRNG::drawPair(QZRanNumEngine& engine) {
   double u;
   double v;
   double s;
-  do {
-    u = 2 * engine.getUnitDouble() - 1;
-    v = 2 * engine.getUnitDouble() - 1;
-    s = u * u + v * v;
-  } while (s > 1 || s == 0);
+  drawFrom(engine, [&](auto& source) {
+    do {
+      u = 2 * source.getUnitDouble() - 1;
+      v = 2 * source.getUnitDouble() - 1;
+      s = u * u + v * v;
+    } while (s > 1 || s == 0);
+  });
   const double factor = std::sqrt(-2 * Elementary::LogOfNormal(s) / s);
   cached = u * factor;
-  hasCached = true;
-  return v * factor * sigma + mean;
+  return v * factor;
 }
 
 void QZGammaRNG::SetParams(double shapeParameter, double scaleFactor) {
@@ -101,7 +112,7 @@ double QZGammaRNG::drawLarge(QZRanNumEngine& engine) const {
   constexpr double close = 1e-6;
   constexpr double least = 1e-300;
   for (;;) {
-    const auto [p, q] = drawPair(engine, [](double, double second) { return second != 0 && second != 1; });
+    const auto [p, q] = drawTwo(engine, [](double, double second) { return second != 0 && second != 1; });
     // q is a multiple of 2^-53 and `a` at most 1, so that both functions stay in their middle range.
     const double w = a * Elementary::LogOfNormal(q / (1 - q));
     const double x = shape * Elementary::ExpOfModerate(w);
@@ -118,7 +129,7 @@ double QZGammaRNG::drawLarge(QZRanNumEngine& engine) const {
 
 double QZGammaRNG::drawSmall(QZRanNumEngine& engine) const {
   for (;;) {
-    const auto [p, q] = drawPair(engine, [](double first, double second) { return first != 0 && second != 0; });
+    const auto [p, q] = drawTwo(engine, [](double first, double second) { return first != 0 && second != 0; });
     const double e = -Log(p);
     const double f = Log(q);
     const double x = Elementary::Power(e, b);

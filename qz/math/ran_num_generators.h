@@ -51,6 +51,8 @@ class QZGaussianRNG {
   double operator()(QZRanNumEngine& engine);
 
  private:
+  double drawPair(QZRanNumEngine& engine);
+
   double mean;
   double sigma;
   double cached;

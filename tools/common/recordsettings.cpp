@@ -52,8 +52,7 @@ constexpr const char* outputText = R"(
   !BRIEF What is written
   !PARAMETER -out 1
     !TYPE string
-    !KEYLESS 2
-    !REQUIRED %s
+%s    !REQUIRED %s
     !SIMPLE true
     !OUTPUT true
     !BRIEF The file to write, - for standard output
@@ -77,8 +76,11 @@ constexpr const char* outputText = R"(
 !END
 )";
 
-// A mistyped option stands where a file is expected.
-void refuseOption(const QZInterface& settings, const std::string& path) {
+bool isTable(Format format) { return format == Format::Csv || format == Format::Tsv; }
+
+}  // namespace
+
+void RefuseOption(const QZInterface& settings, const std::string& path) {
   if (path.size() < 2 || path.front() != '-') return;
   std::vector<std::string> names;
   for (const QZParameter& each : QZIter(settings.GetParameters())) names.push_back(each.GetName());
@@ -86,10 +88,6 @@ void refuseOption(const QZInterface& settings, const std::string& path) {
   throw ToolError(path + " is neither an option nor a file" +
                   (near.empty() ? "; see --help all" : "; did you mean " + QZStringJoin(near, " or ") + "?"));
 }
-
-bool isTable(Format format) { return format == Format::Csv || format == Format::Tsv; }
-
-}  // namespace
 
 std::string InputConfiguration() { return inputText; }
 
@@ -103,15 +101,17 @@ std::string OutputName(const QZInterface& settings) {
   return path == "-" ? "standard output" : path;
 }
 
-std::string OutputConfiguration(bool required) {
+std::string OutputConfiguration(bool required, bool keyless) {
   std::string text = outputText;
-  const std::size_t place = text.find("%s");
-  return text.replace(place, 2, required ? "true" : "false");
+  for (const char* each : {keyless ? "    !KEYLESS 2\n" : "", required ? "true" : "false"}) {
+    text.replace(text.find("%s"), 2, each);
+  }
+  return text;
 }
 
 std::unique_ptr<RecordSource> OpenInput(const QZInterface& settings, const MetaByName& meta, const std::string& task) {
   const std::string path = TextSetting(settings, "-in");
-  refuseOption(settings, path);
+  RefuseOption(settings, path);
   const Format format = FormatOf(path, TextSetting(settings, "-informat"), "-informat");
   TableOptions options;
   options.inferRows = CountSetting(settings, "-infer");
@@ -126,7 +126,7 @@ std::unique_ptr<RecordSource> OpenInput(const QZInterface& settings, const MetaB
 std::unique_ptr<RecordSink> CreateOutput(const QZInterface& settings, const std::vector<QZFieldBase>& columns,
                                          bool carriesMore) {
   const std::string path = TextSetting(settings, "-out");
-  refuseOption(settings, path);
+  RefuseOption(settings, path);
   return CreateRecords(path, FormatOf(path, TextSetting(settings, "-outformat"), "-outformat"), columns, carriesMore);
 }
 
@@ -141,7 +141,7 @@ void FieldMetaSetter::Apply(QZRecord& record) {
   for (QZFieldBase& field : record.GetFields()) {
     const auto wanted = meta.find(field.GetName());
     if (wanted == meta.end()) continue;
-    met[field.GetName()] = true;
+    met.insert(field.GetName());
     QZFieldMeta merged = field.GetMeta();
     merged.Merge(wanted->second);
     field.SetMeta(merged);

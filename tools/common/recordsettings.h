@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "tools/common/recordfile.h"
@@ -12,8 +13,13 @@ namespace QZTools {
 /// -informat, -types, -infer.
 std::string InputConfiguration();
 
-/// The options of every tool that writes records: -out (the second argument without a key), -outformat, -strict.
-std::string OutputConfiguration(bool required);
+/// The options of every tool that writes records: -out (the second argument without a key, or with `keyless` false
+/// none), -outformat, -strict.
+std::string OutputConfiguration(bool required, bool keyless = true);
+
+/// Throws ToolError, naming near options, where `path` looks like an option: a mistyped one stands where a file is
+/// expected.
+void RefuseOption(const QZSystem::QZInterface& settings, const std::string& path);
 
 using MetaByName = std::map<std::string, QZDataFlow::QZFieldMeta>;
 
@@ -46,12 +52,19 @@ class FieldMetaSetter {
   /// Adds the metadata to the fields that the record has.
   void Apply(QZDataFlow::QZRecord& record);
 
+  /// The names that records have had, of this one or another of the same metadata.
+  const std::set<std::string>& Met() const { return met; }
+  void AddMet(const std::set<std::string>& names) {
+    met.insert(names.begin(), names.end());
+    anyRecord = true;
+  }
+
   /// Throws ToolError where a name was met in no record of `path`, provided that there were any.
   void RequireMet(const std::string& path) const;
 
  private:
   MetaByName meta;
-  std::map<std::string, bool> met;
+  std::set<std::string> met;
   bool anyRecord = false;
 };
 
