@@ -109,6 +109,13 @@ TEST(ObjectStream, EachFlagGovernsItsOwnClass) {
             "0: i int* 1; f vector<float> 1.5; ");
 }
 
+TEST(ObjectStream, WritesArraysWithoutElementsThatStopTheReader) {
+  QZContainer object;
+  object.SetData<int*>("a", nullptr, 0);
+  EXPECT_EQ(Hex(Written(object)), "01 3F 00 81 61 20 80");
+  EXPECT_EQ(Read(Written(object)), "4: ");
+}
+
 TEST(ObjectStream, KeepsValuesOfOneNameInOrder) {
   QZContainer object;
   object.AddData("a", 1);
