@@ -30,6 +30,13 @@ using testing::ExitedWithCode;
 
 namespace {
 
+// A thread sanitizer doesn't take new threads in the child of a process with several.
+#ifdef __SANITIZE_THREAD__
+constexpr bool noThreadsInChildren = true;
+#else
+constexpr bool noThreadsInChildren = false;
+#endif
+
 std::string Printed(const std::function<void()>& work) {
   testing::internal::CaptureStderr();
   work();
@@ -216,10 +223,15 @@ TEST(ThreadedDots, AChildEndsCleanlyAndItsParentGoesOn) {
                             dots->Update(1);
                             const bool told = messages.Take().find("after Total already called") != std::string::npos;
                             dots.reset();
-                            // A fresh one has a thread of its own.
+                            if (!told) return 1;
+                            if (noThreadsInChildren) return 0;
+                            // Fresh ones have a thread of their own, and none in a child of the child.
                             QZThreadedDots fresh(0, 0, "items");
                             fresh.Update(1);
-                            return told && StatusOfChild([] { return 0; }) == 0 ? 0 : 1;
+                            return StatusOfChild([&] {
+                              fresh.~QZThreadedDots();
+                              return 0;
+                            });
                           }),
                           0);
               }
