@@ -18,7 +18,7 @@ if ! make -s -k peers ONLY="$*" 2>"$OUT/peers.log"; then
   echo "Some peers are missing: their programs don't build here (build/bench/peers.log). Debian has them all:"
   echo "  apt-get install protobuf-compiler libprotobuf-dev libmsgpack-cxx-dev libflatbuffers-dev libbson-dev" \
     "libavro-dev nlohmann-json3-dev libsimdjson-dev libcli11-dev libcxxopts-dev libboost-program-options-dev" \
-    "libboost-dev libabsl-dev libfmt-dev libspdlog-dev libgoogle-glog-dev"
+    "libboost-dev libabsl-dev libfmt-dev libspdlog-dev libgoogle-glog-dev librdkit-dev libgsl-dev qtbase5-dev libeigen3-dev"
 fi
 
 chosen() {
