@@ -86,7 +86,7 @@ class QZBWalk {
   bool TakeShort(QZBEntry& entry) {
     const unsigned long left = static_cast<unsigned long>(end - at);
     if (left < 5 || at[0] != 0 || static_cast<signed char>(at[1]) >= 0) return false;
-    const unsigned long nameSize = at[1] & 0x7FU;
+    const unsigned long nameSize = static_cast<unsigned char>(at[1]) & 0x7FU;
     if (nameSize == 0 || nameSize + 4 > left || at[2] == 0 || at[2] == '!') return false;
     const char* body = at + 2 + nameSize + 1;
     const unsigned char type = static_cast<unsigned char>(body[-1]);
@@ -94,7 +94,7 @@ class QZBWalk {
     unsigned long size = form.size;
     if (form.shape != QZBShape::Scalar) {
       if (form.shape != QZBShape::String || static_cast<signed char>(*body) >= 0) return false;
-      size = *body++ & 0x7FU;
+      size = static_cast<unsigned char>(*body++) & 0x7FU;
     }
     if (size > static_cast<unsigned long>(end - body)) return false;
     entry.name = std::string_view(at + 2, nameSize);
