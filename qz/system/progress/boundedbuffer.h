@@ -69,14 +69,14 @@ class QZProtectedBuffer : private B {
 
   QZProtectedBuffer(std::size_t cells, unsigned long wakeAt) : B(cells), threshold(wakeAt) {}
 
-  /// Waits while the buffer is full. False, with the element dropped, once it is finished. REQUIRES: `element` isn't
-  /// `null`.
-  [[nodiscard]] bool Put(const Element& element) {
+  /// Waits while the buffer is full. With `urgent` those who take are woken at once. False, with the element dropped,
+  /// once the buffer is finished. REQUIRES: `element` isn't `null`.
+  [[nodiscard]] bool Put(const Element& element, bool urgent = false) {
     condition.Acquire();
     while (this->IsFull() && !done) condition.Wait();
     const bool accepted = !done;
     if (accepted) B::Put(element);
-    if (this->GetSize() > threshold) condition.Broadcast();
+    if (urgent || this->GetSize() > threshold) condition.Broadcast();
     condition.Release();
     return accepted;
   }

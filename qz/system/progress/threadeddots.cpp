@@ -66,14 +66,15 @@ struct QZThreadedDots::Impl {
     if ((before & closed) != 0) return false;
     if (smallstep == 0) return true;
     const std::uint64_t sum = before % smallstep + step;
-    if (sum >= smallstep) HandOn(sum / smallstep * smallstep);
+    if (sum >= smallstep) HandOn(sum / smallstep * smallstep, step < smallstep);
     return true;
   }
 
-  void HandOn(std::uint64_t items) {
+  // Where not every update makes a dot, the next one may be a long time off, and this one shouldn't wait for it.
+  void HandOn(std::uint64_t items, bool urgent) {
     for (std::uint64_t rest = items; rest > 0;) {
       const std::uint64_t piece = std::min(rest, largestStep);
-      static_cast<void>(queue.Put(static_cast<unsigned int>(piece)));
+      static_cast<void>(queue.Put(static_cast<unsigned int>(piece), urgent));
       rest -= piece;
     }
     handedOn.fetch_add(items);

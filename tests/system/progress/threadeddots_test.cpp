@@ -1,6 +1,7 @@
 #include "qz/system/progress/threadeddots.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -61,6 +62,12 @@ class StuckStandardError {
   ~StuckStandardError() {
     dup2(saved, STDERR_FILENO);
     for (const int each : {ends[0], ends[1], saved}) close(each);
+  }
+  // A byte that is written; 0 if none comes in a minute.
+  char NextByte() const {
+    pollfd waiting = {ends[0], POLLIN, 0};
+    char byte = 0;
+    return poll(&waiting, 1, 60000) == 1 && read(ends[0], &byte, 1) == 1 ? byte : '\0';
   }
   void Drain() const {
     std::string bytes(65536, '\0');
@@ -191,6 +198,14 @@ TEST(ThreadedDots, CallersWaitOnlyForAFullQueue) {
   terminal.Drain();
   worker.join();
   EXPECT_EQ(accepted, room + 10);
+}
+
+TEST(ThreadedDots, ADotDoesNotWaitForTheNext) {
+  const StuckStandardError terminal;
+  terminal.Drain();
+  QZThreadedDots dots(1000, 100, "items");
+  for (int i = 0; i < 150; ++i) dots.Update(1);
+  EXPECT_EQ(terminal.NextByte(), '.');
 }
 
 TEST(ThreadedDotsDeathTest, TheProcessMayEndWhileTheyRun) {
