@@ -186,11 +186,20 @@ TEST(DamagedObjectStream, NeitherCrashesNorTakesMuchMemory) {
 
 // Depth.
 
+// A sanitizer puts red zones into the frames.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::size_t stackSize = 1024 * 1024;
+#elif defined(__has_feature)
+constexpr std::size_t stackSize = __has_feature(address_sanitizer) ? 1024 * 1024 : 256 * 1024;
+#else
+constexpr std::size_t stackSize = 256 * 1024;
+#endif
+
 void OnASmallStack(const std::function<void()>& work) {
   pthread_attr_t attributes;
   pthread_t thread;
   pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 256 * 1024);
+  pthread_attr_setstacksize(&attributes, stackSize);
   const auto run = [](void* function) -> void* {
     (*static_cast<const std::function<void()>*>(function))();
     return nullptr;
