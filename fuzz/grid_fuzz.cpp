@@ -11,6 +11,7 @@ using namespace QZSystem;
 namespace {
 
 constexpr std::size_t HeaderSize = 49;
+constexpr unsigned int mostPoints = 4096;
 
 // Gives its bytes in blocks of a few, and knows no size.
 class Pipe : public qzistream {
@@ -48,11 +49,11 @@ QZMultiGrid<float> before() {
   return grids;
 }
 
-// Making half a million grids of a point again and again is slow, and finds nothing that a thousand don't.
+// Making a hundred thousand grids of a point again and again is slow, and finds nothing that a hundred don't.
 bool hasManyGrids(const std::uint8_t* data, std::size_t size) {
   std::uint32_t number = 0;
   if (size >= 12) std::memcpy(&number, data + 8, sizeof number);
-  return number > 2000 && number < 2000000;
+  return number > 200 && number < 2000000;
 }
 
 }  // namespace
@@ -63,6 +64,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   BytesStream in(data, size);
   QZMultiGrid<float> grids = before();
   const bool whole = QZReadOldStyleGrid(in, grids);
+  // A header may claim a mebibyte of values that aren't there, and gets it. Zeroes needn't be written.
+  if (grids.GetSize() > mostPoints) return 0;
   const std::string bytes = written(grids);
   Require(bytes.size() == HeaderSize + 4UL * grids.GetSize() * grids.GetNumGrids());
   if (whole) Require(bytes.size() == in.tell());

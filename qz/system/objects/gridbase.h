@@ -131,6 +131,9 @@ class QZGridBase : public QZGridAbstractBase {
   /// to `GetSize()`, or throws with nothing changed. The base form does nothing.
   virtual void Realloc() {}
 
+  /// 1 / `GetSpacing()`.
+  [[nodiscard]] float GetInverseSpacing() const { return inverseSpacing; }
+
   // The corners of the box.
 
   [[nodiscard]] float GetXMin() const { return xMin; }

@@ -106,7 +106,7 @@ bool writeFlat(qzostream& out, const QZGridBase& geometry, const float* values, 
   geometry.GetDim(header.x, header.y, header.z);
   geometry.GetMid(header.xMid, header.yMid, header.zMid);
   header.spacing = geometry.GetSpacing();
-  header.inverseSpacing = 1.0F / header.spacing;
+  header.inverseSpacing = geometry.GetInverseSpacing();
 
   unsigned long written = QZ_io_write_binary(out, bytesOf(&header), NumberSize, HeaderNumbers);
   written += QZ_io_write_binary(out, &ValuesMark, 1, 1);
