@@ -135,9 +135,11 @@ void CheckRefusal() {
   SCOPED_TRACE(typeid(Cache).name());
   Cache cache;
   const Blocks slots = PopSeveral(cache, 64);
+  void* volatile got = nullptr;  // or the compiler may leave out the whole allocation
   refuses = true;
-  EXPECT_THROW(static_cast<void>(cache.Pop()), std::bad_alloc);
+  EXPECT_THROW(got = cache.Pop(), std::bad_alloc);
   refuses = false;
+  EXPECT_EQ(got, nullptr);
   cache.Push(slots[3]);
   EXPECT_EQ(cache.Pop(), slots[3]) << "and no lock is left taken";
   cache.Push(cache.Pop());
@@ -354,7 +356,9 @@ TEST(MemPool, AWarmOneNeedsNoHeap) {
     for (auto& each : held) each.reset(new QZVectorPtrIter<int>(numbers));
     for (auto& each : held) each.reset(new QZEmptyIter<int>);
     for (auto& each : held) each.reset();
-    EXPECT_EQ(allocations, before);
+    if (round > 0) {
+      EXPECT_EQ(allocations, before);
+    }
   }
 }
 
