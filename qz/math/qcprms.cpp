@@ -1,6 +1,7 @@
 #include "qz/math/qcprms.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "qz/math/qcpsums_impl.h"
@@ -151,6 +152,7 @@ double fallBack(const T* a, const T* b, const T* weights, unsigned int n, double
 
 template <class T>
 double superpose(const T* a, const T* b, const T* weights, unsigned int n, double* rotation, double* translation) {
+  assert(!rotation || translation);
   const auto jacobi = [&] { return fallBack(a, b, weights, n, rotation, translation); };
   if (n < 3) {
     QZThrow.Debug(tooFew);

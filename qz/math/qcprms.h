@@ -10,9 +10,11 @@
 ///     // fixed[i] is near R moved[i] + t
 ///
 /// Coordinates are x0 y0 z0 x1 y1 z1 and so on; the rotation stands row by row. `rotation` may be null, and neither is
-/// computed then; else `translation` must not be. Where this method can't give a sound answer (fewer than three points,
-/// points that all coincide, weights that are all 0) it says so on Debug or Verbose and takes that of
-/// SimpleRMSBetweenPoints: the result is -1 for `n` of 0 and else the RMS. One below 0.001 is given as 0.
+/// computed then. REQUIRES: `translation` isn't null where `rotation` isn't.
+///
+/// Where this method can't give a sound answer (fewer than three points, points that all coincide, weights that are all
+/// 0) it says so on Debug or Verbose and takes that of SimpleRMSBetweenPoints: the result is -1 for `n` of 0 and else
+/// the RMS. One below 0.001 is given as 0.
 ///
 /// Nothing is allocated; the cost is two passes over the points, and the same bits come out on every processor.
 /// Safe from any thread.

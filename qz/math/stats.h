@@ -44,7 +44,7 @@ namespace QZMath {
 /// Fills `count` unit quaternions, four doubles each in the order w, x, y, z, that cover orientation space evenly:
 /// directions on the sphere in rings, crossed with equally spaced turns about the direction, the turns in the outer
 /// loop. For a count that isn't one of the six above it warns "QZGetHealPix: Bad number of points: %u", writes nothing
-/// and gives false.
+/// and gives false. REQUIRES: `quaternions` has room for 4 * `count` doubles, where `count` is one of the six.
 bool QZGetHealPix(unsigned int count, double* quaternions);
 
 }  // namespace QZMath
