@@ -15,6 +15,7 @@
 #include "qz/system/json/json_impl.h"
 #include "qz/system/json/jsonhandler.h"
 #include "qz/system/json/parse.h"
+#include "qz/system/json/plainparse_impl.h"
 #include "qz/system/json/rawwriter_impl.h"
 
 namespace QZSystem {
@@ -34,7 +35,7 @@ constexpr std::string_view kReadable = "0";
 // What most documents fit into, as text and as a tree.
 constexpr std::size_t kTextRoom = 2048;
 constexpr std::size_t kTreeRoom = 4096;
-constexpr std::size_t kStackRoom = 1008;
+constexpr std::size_t kStackRoom = 3072;
 
 struct Escape {
   char character;
@@ -46,7 +47,7 @@ constexpr Escape kEscapes[] = {{'<', "&lt;"}, {'>', "&gt;"}};
 
 namespace JSONImpl {
 
-bool ReservedKeys::HasExtended(std::string_view key) const {
+bool ReservedKeys::foundExtendedTag(std::string_view key) const {
   const std::size_t named = key.find_first_not_of('_');
   return named != std::string_view::npos && Has(key.substr(named));
 }
@@ -85,10 +86,11 @@ std::string QZBaseToJSON(const QZBase& base, unsigned int flavor) {
 }
 
 bool QZJSONToBase(QZBase& base, const std::string& text) {
-  alignas(std::max_align_t) char room[kTreeRoom];
-  rapidjson::Document::AllocatorType pool(room, sizeof room);
-  rapidjson::Document document(&pool, kStackRoom);
-  if (!JSONParseHelper(document, text)) return false;
+  alignas(std::max_align_t) char treeRoom[kTreeRoom];
+  alignas(std::max_align_t) char stackRoom[kStackRoom];
+  rapidjson::MemoryPoolAllocator<> treePool(treeRoom, sizeof treeRoom), stackPool(stackRoom, sizeof stackRoom);
+  JSONImpl::PooledDocument document(&treePool, kStackRoom / 2, &stackPool);
+  if (!JSONImpl::ParsePooled(document, text)) return false;
   const QZJSONAttr<std::string> type = GetJSONStringAttr(document, kType);
   if (type.error) return false;
   base.Clear();

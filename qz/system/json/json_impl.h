@@ -25,7 +25,7 @@ class ReservedKeys {
   /// Whether the key itself is in the list.
   bool Has(std::string_view key) const { return !key.empty() && (initials & Bit(key.front())) != 0 && IsListed(key); }
   /// Whether the key without its leading underscores is in the list.
-  bool HasExtended(std::string_view key) const;
+  bool foundExtendedTag(std::string_view key) const;
 
  private:
   static std::uint64_t Bit(char character) { return std::uint64_t{1} << (static_cast<unsigned char>(character) & 63); }

@@ -209,7 +209,7 @@ bool ObjectReader::ReadMember(const Value& key, Value& value) {
 /// The name that a key stands for: without the underscore that the writer put in front. A name ends at a NUL.
 const char* ObjectReader::NameOf(const Value& key) const {
   const std::string_view text = Text(key);
-  const bool isExtended = !text.empty() && text.front() == '_' && keys.HasExtended(text.substr(1));
+  const bool isExtended = !text.empty() && text.front() == '_' && keys.foundExtendedTag(text.substr(1));
   return key.GetString() + (isExtended ? 1 : 0);
 }
 

@@ -145,7 +145,7 @@ class ObjectWriter {
   void WriteValue(QZBaseData& holder, bool isLast);
   void WriteByHandler(QZBaseData& holder, bool isLast);
   void MakeKey(std::string_view name);
-  void Begin(bool isLast, std::string_view hint, std::string_view arrayHint);
+  void dataHeader(bool isLast, std::string_view hint, std::string_view arrayHint);
   void Warn(const QZBaseData& holder) const { QZThrow.Warning(kCannotWrite, key.data(), holder.GetDataType()); }
   void WriteHints();
 
@@ -192,7 +192,7 @@ void ObjectWriter::WriteTag(std::size_t first, std::size_t last) {
 
 /// `name` is one from the tags, which stand to the end of the process.
 void ObjectWriter::MakeKey(std::string_view name) {
-  const bool isExtended = keys.HasExtended(name);
+  const bool isExtended = keys.foundExtendedTag(name);
   const bool isEscaped = output.isEscaped && name.find_first_of("<>") != std::string_view::npos;
   key = name;
   if (!isExtended && !isEscaped) return;
@@ -209,7 +209,7 @@ void ObjectWriter::WriteValue(QZBaseData& holder, bool isLast) {
     const std::size_t inside = BracketDepth(static_cast<const QZBaseDataT<JSONString>&>(holder).GetData().GetText());
     if (open + inside > kMaxJSONDepth) return Warn(holder);
   }
-  Begin(isLast, form->hint, form->arrayHint);
+  dataHeader(isLast, form->hint, form->arrayHint);
   form->put(output, holder);
 }
 
@@ -217,7 +217,7 @@ void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
   QZJSONHandlerBase* const handler = QZGetJSONHandlerByType(holder.GetDataType());
   QZJSONHandlerBase* const vectorHandler = handler ? nullptr : QZGetJSONVHandlerByType(holder.GetDataType());
   if ((!handler && !vectorHandler) || objectDepth == kMaxObjectDepth) return Warn(holder);
-  Begin(isLast, "", handler ? "m" : "");
+  dataHeader(isLast, "", handler ? "m" : "");
   const std::size_t before = RawWriter::Size(output.writer);
   if (handler) {
     handler->Write(&holder, output.writer, handler->GetFlavor());
@@ -229,7 +229,7 @@ void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
 
 /// What stands before a value, unless an array is open: the key, and the array if more values follow. Notes the hint,
 /// of which the last of a key counts.
-void ObjectWriter::Begin(bool isLast, std::string_view hint, std::string_view arrayHint) {
+void ObjectWriter::dataHeader(bool isLast, std::string_view hint, std::string_view arrayHint) {
   const std::string_view word = inArray ? arrayHint : hint;
   if (!inArray) {
     RawWriter::String(output.writer, key);

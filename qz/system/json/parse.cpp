@@ -26,7 +26,8 @@ class DocumentParse {
  public:
   DocumentParse(const char* bytes, std::size_t count) : text(bytes), size(count) {}
 
-  bool operator()(rapidjson::Document& handler) {
+  template <class Document>
+  bool operator()(Document& handler) {
     outcome = JSONImpl::GuardedParse(text, size, handler);
     return outcome.code == rapidjson::kParseErrorNone;
   }
@@ -91,16 +92,21 @@ QZJSONAttr<T> ReadMember(rapidjson::Value& object, const char* key, bool require
   return attr;
 }
 
-}  // namespace
-
-bool JSONParseHelper(rapidjson::Document& document, const char* text, std::size_t size) {
+template <class Document>
+bool Parse(Document& document, const char* text, std::size_t size) {
   document.SetNull();
-  JSONImpl::PlainParse plain(text, size);
+  JSONImpl::PlainParse<Document> plain(text, size);
   if (size <= kMaxJSONSize) document.Populate(plain);
   if (plain.IsDone()) return JSONImpl::ReportTopLevel(document.IsObject());
   DocumentParse parse(text, size);
   document.Populate(parse);
   return JSONImpl::Report(parse.outcome) && JSONImpl::ReportTopLevel(document.IsObject());
+}
+
+}  // namespace
+
+bool JSONParseHelper(rapidjson::Document& document, const char* text, std::size_t size) {
+  return Parse(document, text, size);
 }
 
 bool JSONParseHelper(rapidjson::Document& document, const char* text) {
@@ -109,6 +115,10 @@ bool JSONParseHelper(rapidjson::Document& document, const char* text) {
 
 bool JSONParseHelper(rapidjson::Document& document, const std::string& text) {
   return JSONParseHelper(document, text.data(), text.size());
+}
+
+bool JSONImpl::ParsePooled(PooledDocument& document, const std::string& text) {
+  return Parse(document, text.data(), text.size());
 }
 
 bool JSONCheckHelper(const std::string& text) {

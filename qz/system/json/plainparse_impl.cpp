@@ -15,13 +15,15 @@ rapidjson::SizeType SizeOf(std::string_view text) { return static_cast<rapidjson
 
 }  // namespace
 
-bool PlainParse::operator()(rapidjson::Document& document) {
+template <class Document>
+bool PlainParse<Document>::operator()(Document& document) {
   done = Value(document, 0);
   scan.SkipSpace();
   return done = done && scan.AtEnd();
 }
 
-bool PlainParse::Value(rapidjson::Document& document, int depth) {
+template <class Document>
+bool PlainParse<Document>::Value(Document& document, int depth) {
   scan.SkipSpace();
   switch (scan.Peek()) {
     case '"':
@@ -41,7 +43,8 @@ bool PlainParse::Value(rapidjson::Document& document, int depth) {
   }
 }
 
-bool PlainParse::Object(rapidjson::Document& document, int depth) {
+template <class Document>
+bool PlainParse<Document>::Object(Document& document, int depth) {
   rapidjson::SizeType count = 0;
   document.StartObject();
   if (!scan.Literal('{')) return false;
@@ -57,7 +60,8 @@ bool PlainParse::Object(rapidjson::Document& document, int depth) {
   return scan.Literal('}') && document.EndObject(count);
 }
 
-bool PlainParse::Array(rapidjson::Document& document, int depth) {
+template <class Document>
+bool PlainParse<Document>::Array(Document& document, int depth) {
   rapidjson::SizeType count = 0;
   document.StartArray();
   if (!scan.Literal('[')) return false;
@@ -69,13 +73,15 @@ bool PlainParse::Array(rapidjson::Document& document, int depth) {
   return scan.Literal(']') && document.EndArray(count);
 }
 
-bool PlainParse::String(rapidjson::Document& document) {
+template <class Document>
+bool PlainParse<Document>::String(Document& document) {
   std::string_view text;
   return scan.String(text, room) && document.String(text.data(), SizeOf(text), true);
 }
 
 /// As the reader of rapidjson tells it: in the smallest of four integer types, those with a sign for negative numbers.
-bool PlainParse::Number(rapidjson::Document& document) {
+template <class Document>
+bool PlainParse<Document>::Number(Document& document) {
   PlainNumber number;
   if (!scan.Number(number)) return false;
   if (!number.isInteger) return document.Double(number.value);
@@ -87,5 +93,8 @@ bool PlainParse::Number(rapidjson::Document& document) {
   const bool isUnsigned = number.magnitude <= std::numeric_limits<unsigned>::max();
   return isUnsigned ? document.Uint(static_cast<unsigned>(number.magnitude)) : document.Uint64(number.magnitude);
 }
+
+template class PlainParse<rapidjson::Document>;
+template class PlainParse<PooledDocument>;
 
 }  // namespace QZSystem::JSONImpl

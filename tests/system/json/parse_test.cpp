@@ -68,7 +68,7 @@ std::string KindsOf(const rapidjson::Value& value) {
 /// What the quick parse takes is what the guarded one makes of the text. Returns whether it took it.
 bool ExpectQuickIsGuarded(const std::string& text) {
   rapidjson::Document quick, guarded;
-  JSONImpl::PlainParse parse(text.data(), text.size());
+  JSONImpl::PlainParse<rapidjson::Document> parse(text.data(), text.size());
   quick.Populate(parse);
   if (!parse.IsDone()) return false;
   EXPECT_EQ(Guarded(text).code, rapidjson::kParseErrorNone) << text;
