@@ -98,6 +98,18 @@ const FormTable& forms() {
   return table;
 }
 
+// The names of the tags that the thread has written last, with their lengths; a name never changes once it is there.
+std::string_view nameOf(unsigned int tag) {
+  struct Known {
+    unsigned int tag;
+    std::string_view name;
+  };
+  thread_local std::array<Known, 256> known{};
+  Known& slot = known[tag % known.size()];
+  if (slot.tag != tag || slot.name.empty()) slot = {tag, QZGetTag(tag)};
+  return slot.name;
+}
+
 enum class Outcome { Done, Refused, WriterFailed, TooDeep };
 
 // A value of a class, which a base writer of the handler writes into a block of its own. One that nobody writes is left
@@ -116,7 +128,7 @@ Outcome addHandled(QZBEntryWriter& item, std::string_view name, const QZBaseData
 
 // False if nothing of the object is to be written.
 bool addValue(QZBEntryWriter& item, const QZBaseData& value, const QZBinaryIOHandlerBase& handler) {
-  const std::string_view name(QZGetTag(value.GetTag()));
+  const std::string_view name = nameOf(value.GetTag());
   if (name.empty()) return true;
   const AddWritten add = forms().Find(value.GetDataType());
   const Outcome outcome = !add                     ? addHandled(item, name, value, handler)

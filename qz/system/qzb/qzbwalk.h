@@ -81,8 +81,8 @@ class QZBWalk {
 
   int get() { return at == end ? -1 : static_cast<unsigned char>(*at++); }
 
-  // The usual entry: the name is text, and name and body have less than 128 bytes each. False, with nothing consumed,
-  // for any other one.
+  // The usual entry: the name is text, the value a single one, a text or bytes, and each has less than 128 bytes.
+  // False, with nothing consumed, for any other one.
   bool TakeShort(QZBEntry& entry) {
     const unsigned long left = static_cast<unsigned long>(end - at);
     if (left < 5 || at[0] != 0 || static_cast<signed char>(at[1]) >= 0) return false;
@@ -93,8 +93,10 @@ class QZBWalk {
     const QZBForm form = QZGetQZBForm(type);
     unsigned long size = form.size;
     if (form.shape != QZBShape::Scalar) {
-      if (form.shape != QZBShape::String || static_cast<signed char>(*body) >= 0) return false;
+      const bool isOfBytes = form.size == 1 && form.shape != QZBShape::Handled;
+      if (!isOfBytes || static_cast<signed char>(*body) >= 0) return false;
       size = static_cast<unsigned char>(*body++) & 0x7FU;
+      if (size == 0 && form.shape == QZBShape::Array) return false;
     }
     if (size > static_cast<unsigned long>(end - body)) return false;
     entry.name = std::string_view(at + 2, nameSize);
