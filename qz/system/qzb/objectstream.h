@@ -18,7 +18,7 @@
 /// through a base writer of the handler, and on reading through a reader; without a reader it is kept as
 /// `QZUnknownQZBData` under its name, and goes out again as the bytes that came in. Left out are values without a name,
 /// a `bool` that is false, and values of a class that the handler has no base writer for. Objects may stand 256 deep in
-/// one another. One thread at a time for a stream and an object; a filled handler may serve many threads.
+/// one another. One thread at a time.
 namespace QZSystem {
 
 /// Writes the values of an object, in order, as an item with that tag; with an empty tag, the body of the item alone.

@@ -16,7 +16,7 @@
 ///
 /// An item is a tag, a length, and as many bytes. A length stands in groups of 7 bits, the low group first, one in a
 /// byte; the last byte has its high bit set and the others don't. A tag is a code byte that stands for a name that the
-/// format knows, or a zero byte, the length of the name, 1 to 1023, and the name. One thread at a time for one stream.
+/// format knows, or a zero byte, the length of the name, 1 to 1023, and the name. One thread at a time.
 namespace QZSystem {
 
 /// What the reading functions return.

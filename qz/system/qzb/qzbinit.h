@@ -8,7 +8,7 @@
 ///     QZBinaryIOHandler handler;
 ///     QZInitializeHandler(handler);
 ///
-/// One thread at a time: the list is filled while the process loads, before other threads start.
+/// The list is filled while the process loads, before other threads start. One thread at a time.
 namespace QZSystem {
 
 class QZBinaryIOHandlerBase;

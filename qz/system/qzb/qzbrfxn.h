@@ -17,7 +17,7 @@
 ///     Cell cell;
 ///     while (QZBinaryRead(in, cell, handler) == QZBReturn::Success) use(cell);
 ///
-/// One thread at a time for a stream and an object; a filled handler may serve many threads.
+/// One thread at a time.
 namespace QZSystem {
 
 /// Reads one item, from its tag on, with the first reader of the handler that has its tag and the type `T`, and returns

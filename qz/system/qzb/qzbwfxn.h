@@ -18,7 +18,7 @@
 ///     QZInstallGenericDataHandler<Cell>(handler, "BaseCell");
 ///     if (!QZBinaryWrite(out, cell, handler)) return false;
 ///
-/// One thread at a time for a stream and an object; a filled handler may serve many threads.
+/// One thread at a time.
 namespace QZSystem {
 
 /// Writes an object with the first writer of the handler for the type `T`, else with the default writer, which writes
