@@ -59,13 +59,15 @@ class ValueStore {
     return true;
   }
 
-  QZBase& Object() const { return base; }
-  /// Notes what a handler added to the object.
-  void Update();
+  /// Calls a handler on the object, and notes what it did there.
+  template <class Call>
+  bool ByHandler(Call call);
 
  private:
   QZBaseData* Find(unsigned int tag);
+  void Update();
   void Note(unsigned int tag);
+  QZBaseData* Last() const;
 
   QZBase& base;
   unsigned int count = 0;
@@ -84,6 +86,31 @@ bool ValueStore::Set(unsigned int tag, T value) {
   return true;
 }
 
+/// If the last value isn't at its place any more, the handler has deleted values, and all are looked at anew.
+template <class Call>
+bool ValueStore::ByHandler(Call call) {
+  const QZBaseData* const last = Last();
+  const unsigned int tag = last ? last->GetTag() : 0;
+  const bool result = call(base);
+  const QZBaseData* const present = Last();
+  if (present != last || (present && present->GetTag() != tag)) {
+    count = 0;
+    greatest = 0;
+    places.reset();
+  }
+  Update();
+  return result;
+}
+
+/// The last value that has been noted, or null.
+QZBaseData* ValueStore::Last() const {
+  if (count == 0) return nullptr;
+  QZIter values(base.GetDataIter());
+  *values.Get() += count - 1;
+  return values ? &*values : nullptr;
+}
+
+/// Notes the values behind those that have been.
 void ValueStore::Update() {
   QZIter values(base.GetDataIter());
   *values.Get() += count;
@@ -248,8 +275,8 @@ bool ObjectReader::ReadObject(const Value& key, Value& object) {
     if (type.error) return false;
     if (type.found && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type.value);
   }
-  const bool isRead = handler && handler->Read(store.Object(), NameOf(key), object);
-  if (handler) store.Update();
+  const bool isRead =
+      handler && store.ByHandler([&](QZBase& base) { return handler->Read(base, NameOf(key), object); });
   if (!isRead) Keep(key, object, kObject);
   return true;
 }
@@ -342,8 +369,8 @@ bool ObjectReader::ReadObjects(const Value& key, Value& array, bool multi) {
     if (!TypeOfAll(array, type, isOne)) return false;
     if (isOne && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type);
   }
-  const bool isRead = handler && handler->VRead(store.Object(), NameOf(key), array, multi);
-  if (handler) store.Update();
+  const bool isRead =
+      handler && store.ByHandler([&](QZBase& base) { return handler->VRead(base, NameOf(key), array, multi); });
   if (!isRead) Keep(key, array, kObjects);
   return true;
 }

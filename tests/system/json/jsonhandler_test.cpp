@@ -211,6 +211,25 @@ TEST(JSONHandler, ValuesThatAHandlerAddsAreFoundAgain) {
             "false 1 1 Warning: data type mismatch found when using generic data\n");
 }
 
+/// Puts its value behind all others, in place of one that is there.
+class LastHandler : public BoxHandler {
+ public:
+  LastHandler() : BoxHandler("last", false) {}
+  bool Read(QZBase& base, const std::string& key, rapidjson::Value&) override {
+    base.DeleteData(key.c_str());
+    return base.AddData<int>(key.c_str(), 7);
+  }
+};
+const bool lastIsRegistered = QZRegisterJSONHandler(new LastHandler);
+
+TEST(JSONHandler, MayDeleteValues) {
+  const std::string last = R"({"type":"last"})";
+  QZContainer base;
+  EXPECT_TRUE(QZJSONToBase(base, R"({"d1":)" + last + R"(,"d2":[1,2],"d3":1,"d3":2,"d1":)" + last +
+                                     R"(,"d2":5,"d1":8,"qzhint":{"d1":"i","d2":"m"}})"));
+  EXPECT_EQ(Describe(base), "d2: double 5; d2: double 2; d3: double 2; d1: int 8; ");
+}
+
 TEST(JSONHandler, ContainersAreReadInArrays) {
   rapidjson::Document document;
   ASSERT_TRUE(JSONParseHelper(document, R"({"good":[)" + containerText + "," + containerText + R"(],"bad":[)" +
