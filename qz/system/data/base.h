@@ -95,6 +95,24 @@ class QZBase {
     return AddData<Pointer>(QZGetTag(name), elements, count);
   }
 
+  /// The same with the type taken from the elements, `SetData("masses", masses, 3)`.
+  template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
+  bool SetData(unsigned int tag, const T* elements, unsigned int count) {
+    return SetData<T*>(tag, elements, count);
+  }
+  template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
+  bool SetData(const char* name, const T* elements, unsigned int count) {
+    return SetData<T*>(QZGetTag(name), elements, count);
+  }
+  template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
+  bool AddData(unsigned int tag, const T* elements, unsigned int count) {
+    return AddData<T*>(tag, elements, count);
+  }
+  template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
+  bool AddData(const char* name, const T* elements, unsigned int count) {
+    return AddData<T*>(QZGetTag(name), elements, count);
+  }
+
   /// The first value under a name. A missing value reads as zero, as false, or as a default-constructed object; so does
   /// one of another type, after the Warning of `SetData`. A reference is good until the value is changed or deleted,
   /// that to a default object to the end of the process.

@@ -8,7 +8,7 @@ bool QZContainer::IsDataType(const void* type) const {
   return type == QZGetDataType<QZContainer>() || QZBase::IsDataType(type);
 }
 
-QZBase* QZContainer::CreateCopy() const { return new QZContainer(*this); }
+QZContainer* QZContainer::CreateCopy() const { return new QZContainer(*this); }
 
 template class QZBaseDataT<QZContainer>;
 template class QZBaseDataT<std::vector<QZContainer>>;

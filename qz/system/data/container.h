@@ -19,7 +19,7 @@ class QZContainer : public QZBase {
   [[nodiscard]] const void* GetDataType() const override;
   [[nodiscard]] bool IsDataType(const void* type) const override;
   /// A copy of all values, at every depth.
-  [[nodiscard]] QZBase* CreateCopy() const override;
+  [[nodiscard]] QZContainer* CreateCopy() const override;
 };
 
 extern template class QZBaseDataT<QZContainer>;

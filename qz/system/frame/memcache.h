@@ -12,7 +12,7 @@ namespace QZSystem {
 ///     void* block = cache->Pop();
 ///     cache->Push(block);
 ///
-/// An implementation says which threads may use it.
+/// One thread at a time. Implementations with a lock let several in.
 class QZVirtualCache {
  public:
   /// A block with unspecified content. Throws std::bad_alloc, with the cache as it was.

@@ -5,17 +5,16 @@
 
 /// The pools of the small iterators that are made most often, and how they behave in the threads of a program.
 ///
-///     int main() {
-///       QZSetMemPoolMode(QZMemPoolMode::Mutexed | QZMemPoolMode::UnboundedCache);  // iterators change threads
+///     // The first thing in main, where iterators are to be deleted on any thread:
+///     QZSetMemPoolMode(QZMemPoolMode::Mutexed | QZMemPoolMode::UnboundedCache);
 ///
 /// In the default mode each thread has its own blocks: nothing is locked, and an iterator from a pool is deleted on the
-/// thread that made it, before that thread ends. Reading is safe from any thread; the mode is set once, before anybody
-/// takes a block.
+/// thread that made it, before that thread ends. Safe from any thread.
 namespace QZSystem {
 
 /// What the mode of the pools is made of: one of `SingleThreaded`, `Mutexed`, `ThreadLocal` and `Spinlocked`, with one
-/// of `BoundedCache` and `UnboundedCache`; or `System` alone. `Spinlocked` and `Mutexed` and `System` let a block be
-/// freed on any thread; with `SingleThreaded` only one thread may use the pools.
+/// of `BoundedCache` and `UnboundedCache`; or `System` alone. `Mutexed`, `Spinlocked` and `System` let a block be freed
+/// on any thread; with `SingleThreaded` only one thread may use the pools.
 namespace QZMemPoolMode {
 inline constexpr unsigned int SingleThreaded = 0;  ///< one cache for the process, no lock
 inline constexpr unsigned int Mutexed = 1;         ///< one cache for the process, under a mutex

@@ -68,7 +68,7 @@ template <std::size_t N>
 }
 
 /// Base of a class whose objects of `N` bytes live in a pool. A derived class that is larger takes the heap. Safe from
-/// any thread; in the default mode an object is deleted on the thread that made it, before that thread ends.
+/// any thread. In the default mode an object is deleted on the thread that made it, before that thread ends.
 template <std::size_t N>
 class PoolObject {
  public:

@@ -129,6 +129,21 @@ TEST(Base, KeepsACopyOfAnArray) {
   EXPECT_EQ(count, 3U);
 }
 
+TEST(Base, AnArrayHasTheTypeOfItsElements) {
+  const double source[] = {1, 2};
+  unsigned char bytes[] = {3, 4};
+  QZContainer object;
+  object.SetData("x", source, 2);
+  object.AddData(QZGetTag("x"), source, 1);
+  object.SetData("bytes", bytes, 2);
+  object.SetData<double>(QZGetTag("y"), source, 2);
+  object.SetData("text", "abc", 4);
+  EXPECT_EQ(object.GetData<double*>("x")[1], 2);
+  EXPECT_EQ(object.GetData<double*>("y")[1], 2);
+  EXPECT_EQ(object.GetData<unsigned char*>("bytes")[1], 4);
+  EXPECT_STREQ(object.GetData<char*>("text"), "abc");
+}
+
 TEST(Base, AnArrayMayBeSetFromItself) {
   const int source[] = {1, 2, 3};
   QZContainer object;
