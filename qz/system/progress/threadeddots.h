@@ -12,8 +12,8 @@ namespace QZSystem {
 ///     dots.Total();
 ///
 /// The queue holds twice as many updates as there are processors, and the dots may lag behind by that many; updates
-/// that make no dot take no room in it. `Update` is safe from any thread, also beside `Total`; with everything else one
-/// thread at a time.
+/// that make no dot take no room in it. What other threads write to qzerr meanwhile stands among the dots. `Update` is
+/// safe from any thread, also beside `Total`; with everything else one thread at a time.
 ///
 /// In the child of a fork there is no thread that prints: `Update` is the error that it is after `Total`, and what was
 /// counted, but not yet printed, is its parent's to print.

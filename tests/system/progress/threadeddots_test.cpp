@@ -208,20 +208,27 @@ TEST(ThreadedDots, ADotDoesNotWaitForTheNext) {
   EXPECT_EQ(terminal.NextByte(), '.');
 }
 
+// Only one of the dots of a process may print at a time.
 TEST(ThreadedDotsDeathTest, TheProcessMayEndWhileTheyRun) {
   EXPECT_EXIT(
       {
-        auto* const dots = new QZThreadedDots(4000000000, 1, "items");
-        static const std::unique_ptr<QZThreadedDots> atExit = std::make_unique<QZThreadedDots>(50, 1, "items");
+        auto* const dots = new QZThreadedDots(50, 1, "items");
         for (int each = 0; each < 4; ++each) {
           std::thread([dots] {
             for (;;) dots->Update(1);
           }).detach();
         }
-        for (int i = 0; i < 1000; ++i) atExit->Update(1);
+        for (int i = 0; i < 1000; ++i) dots->Update(1);
         std::exit(3);
       },
       ExitedWithCode(3), "50 items processed");
+  EXPECT_EXIT(
+      {
+        static const std::unique_ptr<QZThreadedDots> atExit = std::make_unique<QZThreadedDots>(1000, 10, "items");
+        for (int i = 0; i < 1000; ++i) atExit->Update(1);
+        std::exit(3);
+      },
+      ExitedWithCode(3), "^\\.{100} 1000 items processed.\n$");
 }
 
 TEST(ThreadedDots, AChildEndsCleanlyAndItsParentGoesOn) {
