@@ -25,9 +25,11 @@ bool IsBelow(const QZColorStop& stop, double value) { return stop.value < value;
 /// How far t is on the way from lo to hi, which is above lo.
 double Share(double lo, double t, double hi) {
   if (std::isfinite(hi - lo)) return (t - lo) / (hi - lo);
-  // Far ends: half of everything is within range, unless a transform went to both infinities, which t is amid.
-  if (std::isinf(lo) && std::isinf(hi)) return 0.5;
-  return std::clamp((t / 2 - lo / 2) / (hi / 2 - lo / 2), 0.0, 1.0);
+  // An end at an infinity, to which a transform may go, is infinitely far; t is amid two of them.
+  if (std::isinf(lo)) return std::isinf(hi) ? 0.5 : 1;
+  if (std::isinf(hi)) return 0;
+  // The half of everything is within range.
+  return (t / 2 - lo / 2) / (hi / 2 - lo / 2);
 }
 
 unsigned int Between(unsigned int c, unsigned int d, double share) {

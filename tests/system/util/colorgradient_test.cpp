@@ -96,6 +96,9 @@ TEST(ColorGradient, ValuesFarApartStayInBounds) {
   EXPECT_EQ(QZExponentialColorGradient(low, high).GetColorAt(0), QZColor(127, 127, 127));
   EXPECT_EQ(QZExponentialColorGradient(black, high).GetColorAt(5), QZBlack);
   EXPECT_EQ(QZExponentColorGradient(10, low, high).GetColorAt(-1e300), QZBlack);
+  EXPECT_EQ(QZExponentialColorGradient(QZColorStop(-largest, QZRed), black).GetColorAt(-5), QZBlack);
+  EXPECT_EQ(QZLinearColorGradient(QZColorStop(-infinity, QZRed), white).GetColorAt(5), QZWhite);
+  EXPECT_EQ(QZLinearColorGradient(black, QZColorStop(infinity, QZRed)).GetColorAt(5), QZBlack);
   QZLinearColorGradient odd(QZColorStop(std::nan(""), QZRed), QZColorStop(5, QZBlue));
   EXPECT_EQ(odd.GetColorAt(7), QZWhite);
 }
