@@ -1,7 +1,6 @@
 #include "qz/system/objects/qzbgrid.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -9,7 +8,6 @@
 #include <limits>
 #include <numeric>
 
-#include "qz/platform/filestream.h"
 #include "qz/platform/memorystream.h"
 #include "tests/system/text/warnings.h"
 
