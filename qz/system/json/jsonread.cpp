@@ -59,9 +59,16 @@ class ValueStore {
     return true;
   }
 
-  /// Calls a handler on the object, and notes what it did there.
-  template <class Call>
-  bool ByHandler(Call call);
+  QZBase& Object() const { return base; }
+  /// The last value before a handler works on the object. The handler is called in between and not from here: each
+  /// frame counts 256 times.
+  struct Mark {
+    const QZBaseData* last;
+    unsigned int tag;
+  };
+  Mark BeforeHandler() const;
+  /// Notes what the handler did.
+  void AfterHandler(const Mark& mark);
 
  private:
   QZBaseData* Find(unsigned int tag);
@@ -86,20 +93,20 @@ bool ValueStore::Set(unsigned int tag, T value) {
   return true;
 }
 
-/// If the last value isn't at its place any more, the handler has deleted values, and all are looked at anew.
-template <class Call>
-bool ValueStore::ByHandler(Call call) {
+ValueStore::Mark ValueStore::BeforeHandler() const {
   const QZBaseData* const last = Last();
-  const unsigned int tag = last ? last->GetTag() : 0;
-  const bool result = call(base);
+  return {last, last ? last->GetTag() : 0};
+}
+
+/// If the last value isn't at its place any more, the handler has deleted values, and all are looked at anew.
+void ValueStore::AfterHandler(const Mark& mark) {
   const QZBaseData* const present = Last();
-  if (present != last || (present && present->GetTag() != tag)) {
+  if (present != mark.last || (present && present->GetTag() != mark.tag)) {
     count = 0;
     greatest = 0;
     places.reset();
   }
   Update();
-  return result;
 }
 
 /// The last value that has been noted, or null.
@@ -275,8 +282,9 @@ bool ObjectReader::ReadObject(const Value& key, Value& object) {
     if (type.error) return false;
     if (type.found && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type.value);
   }
-  const bool isRead =
-      handler && store.ByHandler([&](QZBase& base) { return handler->Read(base, NameOf(key), object); });
+  const ValueStore::Mark mark = store.BeforeHandler();
+  const bool isRead = handler && handler->Read(store.Object(), NameOf(key), object);
+  if (handler) store.AfterHandler(mark);
   if (!isRead) Keep(key, object, kObject);
   return true;
 }
@@ -369,8 +377,9 @@ bool ObjectReader::ReadObjects(const Value& key, Value& array, bool multi) {
     if (!TypeOfAll(array, type, isOne)) return false;
     if (isOne && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type);
   }
-  const bool isRead =
-      handler && store.ByHandler([&](QZBase& base) { return handler->VRead(base, NameOf(key), array, multi); });
+  const ValueStore::Mark mark = store.BeforeHandler();
+  const bool isRead = handler && handler->VRead(store.Object(), NameOf(key), array, multi);
+  if (handler) store.AfterHandler(mark);
   if (!isRead) Keep(key, array, kObjects);
   return true;
 }
