@@ -2,6 +2,7 @@
 
 #include "tools/common/metasetting.h"
 #include "tools/common/recordsettings.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/tool.h"
 
 using namespace QZSystem;
@@ -31,7 +32,7 @@ void convert(QZInterface& settings) {
   for (QZRecord record; source->Next(record); ++count) {
     setter.Apply(record);
     sink->Put(record);
-    CheckInterrupt();
+    CountRecord();
   }
   const std::string path = InputName(settings);
   setter.RequireMet(path);

@@ -1,14 +1,12 @@
 // Picks records by conditions, computes fields, drops others.
 
-#include <algorithm>
-#include <optional>
-#include <set>
+#include <atomic>
 
-#include "tools/common/display.h"
-#include "tools/common/expression.h"
-#include "tools/common/fieldwatch.h"
 #include "tools/common/metasetting.h"
+#include "tools/common/orderedwork.h"
+#include "tools/common/recordfilter.h"
 #include "tools/common/recordsettings.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/tool.h"
 #include "tools/common/toolerror.h"
 
@@ -50,6 +48,12 @@ constexpr const char* ownConfiguration = R"(
     !DEFAULT false
     !BRIEF Print how many records are kept; nothing is written to -out
   !END
+  !PARAMETER -threads 5
+    !TYPE unsigned
+    !DEFAULT 1
+    !LEGAL_RANGE 1 256
+    !BRIEF Threads that read, decide and format; the output is the same for every number
+  !END
 !END
 !CATEGORY "Fields" 4
   !BRIEF What the records hold
@@ -76,274 +80,231 @@ constexpr const char* ownConfiguration = R"(
 !END
 )";
 
-struct Pattern {
-  std::string name;
-  std::string text;
-};
-
-struct Matcher {
-  explicit Matcher(const Pattern& pattern) : text(pattern.text), field(pattern.name) {}
-
-  std::string text;
-  // The field of that name in the present record, of any type.
-  QZFieldBase field;
-};
-
-struct Computed {
-  QZField<double> field;
-  Expression formula;
-};
-
-std::string strip(const std::string& text) { return QZStringStripWhiteSpace(text); }
-
-// "name = text; name = text"
-std::vector<Pattern> parsePairs(const std::string& option, const std::string& text) {
-  std::vector<Pattern> pairs;
-  std::vector<std::string> items;
-  QZStringTokenize(items, text, ";", true);
-  for (const std::string& item : items) {
-    if (strip(item).empty()) continue;
-    const std::size_t equals = item.find('=');
-    if (equals == std::string::npos || strip(item.substr(0, equals)).empty()) {
-      throw ToolError(option + ": '" + strip(item) + "' isn't a name, = and a text");
-    }
-    pairs.push_back({strip(item.substr(0, equals)), strip(item.substr(equals + 1))});
-  }
-  return pairs;
-}
-
-std::vector<Matcher> parsePatterns(const std::string& text) {
-  std::vector<Matcher> patterns;
-  for (const Pattern& pattern : parsePairs("-match", text)) {
-    if (std::count(pattern.text.begin(), pattern.text.end(), '*') > 2) {
-      throw ToolError("-match: the pattern '" + pattern.text + "' has more than two *");
-    }
-    patterns.emplace_back(pattern);
-  }
-  return patterns;
-}
-
-std::vector<Computed> parseComputed(const std::string& text, const MetaByName& meta) {
-  std::vector<Computed> computed;
-  for (const Pattern& pair : parsePairs("-set", text)) {
-    const auto found = meta.find(pair.name);
-    const QZFieldMeta fieldMeta = found == meta.end() ? QZFieldMeta() : found->second;
-    computed.push_back({QZField<double>(pair.name, fieldMeta, false, true), Expression("-set", pair.text)});
-  }
-  return computed;
-}
-
-std::set<std::string> parseNames(const std::string& text) {
-  std::vector<std::string> items;
-  QZStringTokenize(items, text, ",", true);
-  std::set<std::string> names;
-  for (const std::string& item : items) names.insert(strip(item));
-  return names;
-}
-
-std::vector<std::string> namesOf(const std::vector<QZFieldBase>& fields) {
-  std::vector<std::string> names;
-  for (const QZFieldBase& field : fields) names.push_back(field.GetName());
-  return names;
-}
-
-std::string advice(const std::string& name, const std::vector<std::string>& candidates) {
-  const std::vector<std::string> near = NearWords(name, candidates);
-  return near.empty() ? "" : "; did you mean " + QZStringJoin(near, " or ") + "?";
-}
-
-// What a run does to each record.
-class Filter {
+// Hands what is written to a text.
+class TextSink : public qzostream {
  public:
-  Filter(const QZInterface& settings, const MetaByName& meta)
-      : patterns(parsePatterns(TextSetting(settings, "-match"))),
-        computed(parseComputed(TextSetting(settings, "-set"), meta)),
-        keep(parseNames(TextSetting(settings, "-keep"))),
-        drop(parseNames(TextSetting(settings, "-drop"))) {
-    const std::string condition = TextSetting(settings, "-where");
-    if (!condition.empty()) where.emplace("-where", condition);
-    decisive = countDecisive();
+  TextSink() { beginWriting(); }
+
+  unsigned long _qzwrite(const unsigned char* bytes, unsigned long count) override {
+    text.append(reinterpret_cast<const char*>(bytes), count);
+    return count;
   }
 
-  // The columns of a table after the run. Names that are no columns are refused.
-  std::vector<QZFieldBase> Columns(const std::vector<QZFieldBase>& source) const;
-
-  // Decides; what is kept has its fields computed and trimmed. Only what the decision needs is computed before it.
-  bool Pass(QZRecord& record);
-
-  // Says which names no record had, once all have been seen.
-  void ReportUnmet(const std::string& path) const;
-
-  bool IsComputed(const std::string& name) const;
+  // Moves everything written since the last call.
+  void Take(std::string& out) {
+    flush();
+    out.swap(text);
+    text.clear();
+  }
 
  private:
-  std::size_t countDecisive() const;
-  void watchFields(const QZRecord& record);
-  bool matches(const QZRecord& record);
-  void compute(QZRecord& record, std::size_t from, std::size_t to);
-  bool stays(const std::string& name) const { return (keep.empty() || keep.count(name) != 0) && drop.count(name) == 0; }
-
-  std::optional<Expression> where;
-  std::vector<Matcher> patterns;
-  std::vector<Computed> computed;
-  // So many of the computed fields come before the decision.
-  std::size_t decisive = 0;
-  std::set<std::string> keep;
-  std::set<std::string> drop;
-  FieldWatch watch;
-  ValueText texts;
-  std::vector<QZFieldBase> unwanted;
-  std::set<std::string> metNames;
+  std::string text;
 };
 
-// All up to the last one that the condition or a pattern uses: each may use those before it.
-std::size_t Filter::countDecisive() const {
-  std::set<std::string> used;
-  if (where) {
-    for (const std::string& name : where->Operands()) used.insert(name);
-  }
-  for (const Matcher& pattern : patterns) used.insert(pattern.field.GetName());
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < computed.size(); ++i) {
-    if (used.count(computed[i].field.GetName()) != 0) count = i + 1;
-  }
-  return count;
-}
+// A piece of the input, and what became of it.
+struct Piece {
+  RecordChunk chunk;
+  // It has to be read again in its turn: because of a fault, or as the columns of the output weren't known yet.
+  bool again = false;
+  RecordPlace reached;
+  unsigned long kept = 0;
+  std::string bytes;
+  Dropped dropped;
+  RecordFilter::Met met;
+  std::set<std::string> metFields;
+};
 
-bool Filter::IsComputed(const std::string& name) const {
-  return std::any_of(computed.begin(), computed.end(), [&](const Computed& c) { return c.field.GetName() == name; });
-}
+// A run over all records, by one thread or by several. What a piece gives is the same as if its records had been read
+// one by one; where that isn't sure, at the end of -limit or at a fault, they are.
+class Run {
+ public:
+  explicit Run(const QZInterface& runSettings);
 
-std::vector<QZFieldBase> Filter::Columns(const std::vector<QZFieldBase>& source) const {
-  if (source.empty()) return {};
-  std::vector<QZFieldBase> all = source;
-  const auto require = [&](const std::string& option, const std::string& name) {
-    const std::vector<std::string> names = namesOf(all);
-    if (std::find(names.begin(), names.end(), name) != names.end()) return;
-    throw ToolError(option + ": the table has no column " + name + advice(name, names));
-  };
-  for (const Computed& each : computed) {
-    for (const std::string& name : each.formula.Operands()) require("-set", name);
-    const auto same =
-        std::find_if(all.begin(), all.end(), [&](const QZFieldBase& f) { return f.GetName() == each.field.GetName(); });
-    if (same == all.end()) {
-      all.push_back(each.field);
-    } else {
-      *same = each.field;
-    }
-  }
-  if (where) {
-    for (const std::string& name : where->Operands()) require("-where", name);
-  }
-  for (const Matcher& pattern : patterns) require("-match", pattern.field.GetName());
-  for (const std::string& name : keep) require("-keep", name);
-  for (const std::string& name : drop) require("-drop", name);
-  all.erase(std::remove_if(all.begin(), all.end(), [&](const QZFieldBase& f) { return !stays(f.GetName()); }),
-            all.end());
-  if (all.empty()) throw ToolError("-keep and -drop leave no field");
-  return all;
-}
+  void Records();
+  void Records(unsigned int threads);
+  void Finish();
 
-void Filter::compute(QZRecord& record, std::size_t from, std::size_t to) {
-  for (std::size_t i = from; i < to; ++i) {
-    Computed& each = computed[i];
-    double value = 0;
-    const bool known = each.formula.Evaluate(record, value);
-    if (record.CheckField(each.field) == QZRecord::OtherType) record.DeleteField(each.field);
-    record.SetValue(each.field, known ? std::optional<double>(value) : std::nullopt);
-  }
-}
+  unsigned int Threads() const;
 
-// Finds the fields that patterns look at and those to be dropped, where the record has others than the one before.
-void Filter::watchFields(const QZRecord& record) {
-  if (!watch.See(record)) return;
-  unwanted.clear();
-  for (const Computed& each : computed) {
-    metNames.insert(each.field.GetName());
-    if (!stays(each.field.GetName())) unwanted.push_back(each.field);
-  }
-  for (const QZFieldBase& field : watch.Fields()) {
-    metNames.insert(field.GetName());
-    if (!stays(field.GetName()) && !IsComputed(field.GetName())) unwanted.push_back(field);
-    for (Matcher& pattern : patterns) {
-      if (pattern.field.GetName() == field.GetName()) pattern.field = field;
-    }
-  }
-}
+ private:
+  struct Worker;
 
-bool Filter::matches(const QZRecord& record) {
-  for (const Matcher& pattern : patterns) {
-    const std::optional<std::string_view> text = texts.Of(record, pattern.field);
-    if (!text || !QZStringMatch(std::string(*text), pattern.text)) return false;
-  }
-  return true;
-}
+  bool complete() const { return limit != 0 && kept >= limit; }
+  void take(QZRecord& record);
+  void work(Worker& worker, Piece& piece) const;
+  void workThrough(Worker& worker, Piece& piece) const;
+  void put(Piece& piece, RecordSource& again);
 
-bool Filter::Pass(QZRecord& record) {
-  compute(record, 0, decisive);
-  double value = 0;
-  if (where && !(where->Evaluate(record, value) && value != 0)) return false;
-  if (!patterns.empty() || !keep.empty() || !drop.empty()) watchFields(record);
-  if (!matches(record)) return false;
-  compute(record, decisive, computed.size());
-  for (const QZFieldBase& field : unwanted) record.DeleteField(field);
-  return true;
-}
-
-void Filter::ReportUnmet(const std::string& path) const {
-  std::set<std::string> unmet;
-  const auto add = [&](const Expression& expression) {
-    for (const std::string& name : expression.Unmet()) unmet.insert(name);
-  };
-  if (where) add(*where);
-  for (const Computed& each : computed) add(each.formula);
-  for (const std::string& name : unmet) QZThrow.Info(path + ": no record has the field " + name);
-  if (metNames.empty()) return;
-  unmet.clear();
-  for (const Matcher& pattern : patterns) unmet.insert(pattern.field.GetName());
-  unmet.insert(keep.begin(), keep.end());
-  unmet.insert(drop.begin(), drop.end());
-  for (const std::string& name : unmet) {
-    if (metNames.count(name) == 0) QZThrow.Info(path + ": no record that was kept or matched has the field " + name);
-  }
-}
-
-void filter(QZInterface& settings) {
-  const std::string path = InputName(settings);
-  const bool counts = FlagSetting(settings, "-count");
-  if (!counts && TextSetting(settings, "-out").empty()) {
-    throw ToolError("Give the file to write as -out (or second), or -count to count only");
-  }
-  const MetaByName meta = ParseMeta(TextSetting(settings, "-meta"));
-  Filter run(settings, meta);
+  const QZInterface& settings;
+  std::string path;
+  bool counts;
+  MetaByName meta;
+  RecordFilter filter;
   MetaByName columnMeta;
-  for (const auto& [name, fieldMeta] : meta) {
-    if (!run.IsComputed(name)) columnMeta.emplace(name, fieldMeta);
-  }
-  const auto source = OpenInput(settings, columnMeta, "Filtering");
-  const std::vector<QZFieldBase> columns = run.Columns(source->Columns());
-  const auto sink = counts ? nullptr : CreateOutput(settings, columns, source->CarriesMore());
-  FieldMetaSetter setter(source->CarriesMore() ? columnMeta : MetaByName());
-
-  const unsigned long limit = CountSetting(settings, "-limit");
+  std::unique_ptr<RecordSource> source;
+  std::unique_ptr<RecordSink> sink;
+  FieldMetaSetter setter;
+  unsigned long limit;
   unsigned long seen = 0;
   unsigned long kept = 0;
-  for (QZRecord record; (limit == 0 || kept < limit) && source->Next(record); ++seen) {
-    CheckInterrupt();
-    setter.Apply(record);
-    if (!run.Pass(record)) continue;
-    ++kept;
-    if (sink) sink->Put(record);
+  RecordPlace place;
+  // Whether sinks for the threads can be made: the columns are known and stay as they are.
+  std::atomic<bool> columnsKnown{false};
+};
+
+// What each thread has of its own.
+struct Run::Worker {
+  explicit Worker(const Run& run)
+      : source(run.source->ForChunks()), filter(run.settings, run.meta), setter(run.setter), out(), sink() {}
+
+  std::unique_ptr<RecordSource> source;
+  RecordFilter filter;
+  FieldMetaSetter setter;
+  TextSink out;
+  std::unique_ptr<RecordSink> sink;
+};
+
+MetaByName metaOfOthers(const RecordFilter& filter, const MetaByName& meta) {
+  MetaByName others;
+  for (const auto& [name, fieldMeta] : meta) {
+    if (!filter.IsComputed(name)) others.emplace(name, fieldMeta);
   }
-  if (seen > 0 && source->CarriesMore()) run.ReportUnmet(path);
+  return others;
+}
+
+Run::Run(const QZInterface& runSettings)
+    : settings(runSettings),
+      path(InputName(settings)),
+      counts(FlagSetting(settings, "-count")),
+      meta(ParseMeta(TextSetting(settings, "-meta"))),
+      filter(settings, meta),
+      columnMeta(metaOfOthers(filter, meta)),
+      source(OpenInput(settings, columnMeta, "Filtering")),
+      setter(source->CarriesMore() ? columnMeta : MetaByName()),
+      limit(CountSetting(settings, "-limit")) {
+  const std::vector<QZFieldBase> columns = filter.Columns(source->Columns());
+  if (!counts) sink = CreateOutput(settings, columns, source->CarriesMore());
+}
+
+// What stands behind the last record that -limit wants may never come through a pipe, so that nobody may wait for it.
+unsigned int Run::Threads() const { return limit != 0 && !source->HasSize() ? 1 : CountSetting(settings, "-threads"); }
+
+void Run::take(QZRecord& record) {
+  CountRecord();
+  ++seen;
+  setter.Apply(record);
+  if (!filter.Pass(record)) return;
+  ++kept;
+  if (sink) sink->Put(record);
+}
+
+void Run::Records() {
+  for (QZRecord record; !complete() && source->Next(record);) take(record);
+}
+
+void Run::workThrough(Worker& worker, Piece& piece) const {
+  // Anywhere but at the first line, where a table may begin with a mark.
+  constexpr RecordPlace somewhere = {1, 1};
+  worker.source->Begin(piece.chunk, somewhere);
+  for (QZRecord record; worker.source->Next(record);) {
+    worker.setter.Apply(record);
+    if (!worker.filter.Pass(record)) continue;
+    ++piece.kept;
+    if (worker.sink) worker.sink->Put(record);
+  }
+  piece.reached = worker.source->Reached();
+  piece.reached.lines -= somewhere.lines;
+  piece.reached.records -= somewhere.records;
+}
+
+void Run::work(Worker& worker, Piece& piece) const {
+  piece.kept = 0;
+  piece.bytes.clear();
+  if (!counts && !worker.sink && columnsKnown.load(std::memory_order_acquire)) {
+    worker.sink = sink->ForChunks(worker.out);
+  }
+  piece.again = !counts && !worker.sink;
+  if (piece.again) return;
+  try {
+    workThrough(worker, piece);
+    worker.out.Take(piece.bytes);
+    if (worker.sink) piece.dropped = worker.sink->TakeLosses();
+    piece.met = worker.filter.GetMet();
+    piece.metFields = worker.setter.Met();
+    // With a limit only the records that count are known in their turn.
+    if (limit == 0) CountRecords(static_cast<unsigned int>(piece.reached.records));
+  } catch (...) {
+    // The message comes from reading the piece once more, where its place is known.
+    TakeWarning();
+    std::string broken;
+    worker.out.Take(broken);
+    if (worker.sink) worker.sink->TakeLosses();
+    piece.again = true;
+  }
+}
+
+void Run::put(Piece& piece, RecordSource& again) {
+  if (piece.again || (limit != 0 && kept + piece.kept >= limit)) {
+    again.Begin(piece.chunk, place);
+    for (QZRecord record; !complete() && again.Next(record);) take(record);
+    place = again.Reached();
+    if (sink && sink->HasColumns()) columnsKnown.store(true, std::memory_order_release);
+    return;
+  }
+  place.lines += piece.reached.lines;
+  place.records += piece.reached.records;
+  seen += piece.reached.records;
+  kept += piece.kept;
+  filter.AddMet(piece.met);
+  if (piece.reached.records > 0) setter.AddMet(piece.metFields);
+  if (limit != 0) CountRecords(static_cast<unsigned int>(piece.reached.records));
+  if (sink) sink->PutBytes(piece.bytes, piece.kept, piece.dropped);
+}
+
+void Run::Records(unsigned int threads) {
+  place = source->Reached();
+  columnsKnown = sink && sink->HasColumns();
+  std::deque<Worker> workers;
+  for (unsigned int i = 0; i < threads; ++i) workers.emplace_back(*this);
+  const auto again = source->ForChunks();
+  const unsigned int level = QZThrow.GetLevel();
+  OrderedWork<Piece> pieces(
+      threads, [this](Piece& piece) { return source->Take(piece.chunk); },
+      [this, &workers, level](unsigned int worker, Piece& piece) {
+        // Each thread has a threshold of its own.
+        QZThrow.SetLevel(level);
+        work(workers[worker], piece);
+      });
+  for (Piece* piece = pieces.Next(); piece != nullptr && !complete(); piece = complete() ? nullptr : pieces.Next()) {
+    CheckInterrupt();
+    put(*piece, *again);
+  }
+}
+
+void Run::Finish() {
+  if (seen > 0 && source->CarriesMore()) filter.ReportUnmet(path);
   setter.RequireMet(path);
   if (sink) FinishOutput(settings, *sink);
   if (counts) qzout << kept << '\n';
   QZThrow.Verbose(path + ": kept " + QZNumberToString(kept) + " of " + QZNumberToString(seen) + " records");
 }
 
+void filterRecords(QZInterface& settings) {
+  if (!FlagSetting(settings, "-count") && TextSetting(settings, "-out").empty()) {
+    throw ToolError("Give the file to write as -out (or second), or -count to count only");
+  }
+  Run run(settings);
+  const unsigned int threads = run.Threads();
+  if (threads > 1) {
+    run.Records(threads);
+  } else {
+    run.Records();
+  }
+  run.Finish();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  return RunTool(argc, argv, ownConfiguration + InputConfiguration() + OutputConfiguration(false), filter);
+  return RunTool(argc, argv, ownConfiguration + InputConfiguration() + OutputConfiguration(false), filterRecords);
 }

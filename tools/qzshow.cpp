@@ -8,6 +8,7 @@
 #include "tools/common/fieldstats.h"
 #include "tools/common/fieldwatch.h"
 #include "tools/common/recordsettings.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/texttable.h"
 #include "tools/common/tool.h"
 
@@ -95,7 +96,7 @@ void showRows(RecordSource& source, unsigned int rows) {
   ValueText texts;
   unsigned int count = 0;
   bool more = false;
-  for (QZRecord record; !more && source.Next(record); CheckInterrupt()) {
+  for (QZRecord record; !more && source.Next(record); CountRecord()) {
     if (count == rows) {
       more = true;
       break;
@@ -136,7 +137,7 @@ void showSchema(RecordSource& source) {
   FieldList<Presence> fields;
   FieldWatch watch;
   unsigned long count = 0;
-  for (QZRecord record; source.Next(record); CheckInterrupt()) {
+  for (QZRecord record; source.Next(record); CountRecord()) {
     ++count;
     watch.See(record);
     for (const QZFieldBase& field : watch.Fields()) {
@@ -233,7 +234,7 @@ void showStats(RecordSource& source) {
   FieldWatch watch;
   StatisticsTaker taker;
   unsigned long count = 0;
-  for (QZRecord record; source.Next(record); CheckInterrupt()) {
+  for (QZRecord record; source.Next(record); CountRecord()) {
     ++count;
     watch.See(record);
     for (const QZFieldBase& field : watch.Fields()) taker.Add(fields.For(field), record, field);

@@ -18,7 +18,34 @@ std::size_t find(const std::string& text, char byte, std::size_t begin) {
   return hit ? static_cast<std::size_t>(static_cast<const char*>(hit) - text.data()) : text.size();
 }
 
+// Where a cell in quotes, whose text begins there, has its closing quote; the end of the text where it may go on.
+std::size_t closingQuote(std::string_view text, std::size_t begin) {
+  std::size_t at = text.find(quote, begin);
+  while (at != std::string_view::npos && at + 1 < text.size()) {
+    if (text[at + 1] != quote) return at;
+    at = text.find(quote, at + 2);
+  }
+  return text.size();
+}
+
 }  // namespace
+
+std::size_t WholeRows(std::string_view text, char separator) {
+  const std::size_t lastEnd = text.rfind('\n');
+  if (lastEnd == std::string_view::npos) return 0;
+  if (text.find(quote) == std::string_view::npos) return lastEnd + 1;
+  const char ends[] = {separator, '\n', '\0'};
+  std::size_t whole = 0;
+  std::size_t cell = 0;
+  while (cell < text.size()) {
+    const std::size_t from = text[cell] == quote ? closingQuote(text, cell + 1) : cell;
+    const std::size_t end = text.find_first_of(ends, from);
+    if (end == std::string_view::npos) break;
+    cell = end + 1;
+    if (text[end] == '\n') whole = cell;
+  }
+  return whole;
+}
 
 bool CsvReader::readLine() {
   if (!in.getline(line)) return false;

@@ -15,6 +15,16 @@ struct CsvCell {
   bool quoted = false;
 };
 
+/// A row that is kept, its texts owned.
+struct CsvRow {
+  std::vector<std::string> texts;
+  std::vector<bool> quoted;
+  unsigned long line = 0;
+};
+
+/// The length of the whole rows that the text begins with; 0 where the first one may go on.
+std::size_t WholeRows(std::string_view text, char separator);
+
 /// Reads rows of delimited text (RFC 4180).
 ///
 ///     CsvReader table(in, ',');
@@ -37,6 +47,15 @@ class CsvReader {
 
   /// In a table of one column a blank line is a row with an empty cell.
   void KeepBlankLines(bool keep) { keepBlankLines = keep; }
+
+  /// Goes on in the middle of a table: so many lines and rows, the header line included, came before.
+  void Resume(unsigned long lines, unsigned long rowsBefore) {
+    lastLine = lines;
+    rows = rowsBefore;
+  }
+
+  /// The lines that have been read so far.
+  unsigned long LinesRead() const { return lastLine; }
 
   /// The line on which the last row began, from 1.
   unsigned long Line() const { return rowLine; }

@@ -132,6 +132,18 @@ std::vector<std::string> Expression::Operands() const {
   return names;
 }
 
+std::set<std::string> Expression::Met() const {
+  std::set<std::string> names;
+  for (const Operand& operand : operands) {
+    if (operand.met) names.insert(operand.name);
+  }
+  return names;
+}
+
+void Expression::AddMet(const std::set<std::string>& names) {
+  for (Operand& operand : operands) operand.met = operand.met || names.count(operand.name) != 0;
+}
+
 std::vector<std::string> Expression::Unmet() const {
   std::vector<std::string> names;
   for (const Operand& operand : operands) {

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ class Expression {
 
   /// The names of the fields that it uses.
   std::vector<std::string> Operands() const;
+
+  /// The names that records have had, by this formula or one of the same text.
+  std::set<std::string> Met() const;
+  void AddMet(const std::set<std::string>& names);
 
   /// The names that no record has had so far.
   std::vector<std::string> Unmet() const;

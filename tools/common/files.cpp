@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tools/common/progress.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/tool.h"
 #include "tools/common/toolerror.h"
 
@@ -35,7 +36,9 @@ Input::Input(const std::string& path, const std::string& progress, const std::st
     file->open(path.c_str());
   }
   if (file->failed()) throw ToolError("Cannot open " + name + ": " + std::strerror(file->error()));
-  if (file->size() == noSize || progress == "none") {
+  hasSize = file->size() != noSize;
+  ShowStatus(task);
+  if (!hasSize || (progress == "none" && !HasStatus())) {
     stream = std::move(opened);
     return;
   }
@@ -43,12 +46,32 @@ Input::Input(const std::string& path, const std::string& progress, const std::st
   stream = std::make_unique<qzprogressstream>(opened.release(), true, tracer.get(), false);
 }
 
+Input::Input(const std::string& shownName) : name(shownName) {
+  auto made = std::make_unique<qzisstream>();
+  memory = made.get();
+  stream = std::move(made);
+}
+
 Input::~Input() = default;
+
+void Input::Read(std::string_view text) { memory->set(text.data(), text.size(), false); }
+
+bool Input::Append(std::string& text, std::size_t bytes) {
+  std::size_t left = bytes;
+  do {
+    const std::string_view ready = stream->buffered().substr(0, left);
+    if (ready.empty()) break;
+    text.append(ready);
+    stream->skip(static_cast<long>(ready.size()));
+    left -= ready.size();
+  } while (hasSize && left > 0);
+  return left < bytes;
+}
 
 void Input::Finish() {
   // The end may have come because what writes to a pipe was stopped by the same Ctrl-C.
   CheckInterrupt();
-  if (file->failed()) throw ToolError("Cannot read " + name + ": " + std::strerror(file->error()));
+  if (file && file->failed()) throw ToolError("Cannot read " + name + ": " + std::strerror(file->error()));
   if (tracer) tracer->Pop();
 }
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "qz/system.h"
 
@@ -20,6 +21,8 @@ class Input {
  public:
   /// Throws ToolError where the file can't be opened.
   Input(const std::string& path, const std::string& progress, const std::string& task);
+  /// An input of that name that reads memory; see Read.
+  explicit Input(const std::string& shownName);
   ~Input();
   Input(const Input&) = delete;
   Input& operator=(const Input&) = delete;
@@ -29,6 +32,16 @@ class Input {
   /// The name for messages.
   const std::string& Name() const { return name; }
 
+  /// Goes to the beginning of a text, which must stand while it is read. REQUIRES: an input that reads memory.
+  void Read(std::string_view text);
+
+  /// Appends what comes next, at most so many bytes: all of them from a file, what is there from a pipe. False, with
+  /// nothing appended, at the end.
+  bool Append(std::string& text, std::size_t bytes);
+
+  /// Whether it has an end that is known beforehand, as a file has and a pipe has not.
+  bool HasSize() const { return hasSize; }
+
   /// Called when the stream has ended: the last report to the tracer. Throws ToolError where it was an error that ended
   /// the stream.
   void Finish();
@@ -37,7 +50,10 @@ class Input {
   std::string name;
   std::unique_ptr<RunTracer> tracer;
   std::unique_ptr<QZPlatform::qzistream> stream;
-  QZPlatform::qzifstream* file;
+  // Null where memory is read.
+  QZPlatform::qzifstream* file = nullptr;
+  QZPlatform::qzisstream* memory = nullptr;
+  bool hasSize = false;
 };
 
 /// An output that a tool was told by name, "-" for standard output. A file appears under its name only with Finish.
@@ -46,6 +62,8 @@ class Output {
  public:
   /// Throws ToolError where the file can't be made.
   explicit Output(const std::string& path);
+  /// Hands everything to `out`, which stays open.
+  explicit Output(QZPlatform::qzostream& out) : stream(&out) {}
 
   QZPlatform::qzostream& Stream() { return *stream; }
   const std::string& Name() const { return name; }

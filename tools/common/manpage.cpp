@@ -67,13 +67,18 @@ std::string shown(const std::string& text) {
   return made;
 }
 
-std::string bold(const std::string& text) { return "\\fB" + shown(text) + "\\fR"; }
-std::string italic(const std::string& text) { return "\\fI" + shown(text) + "\\fR"; }
+std::string inFont(const char* font, const std::string& text) {
+  std::string made = font;
+  return made.append(shown(text)).append("\\fR");
+}
+
+std::string bold(const std::string& text) { return inFont("\\fB", text); }
+std::string italic(const std::string& text) { return inFont("\\fI", text); }
 
 // A line of text, which mustn't look like a request.
 std::string line(const std::string& made) {
-  const bool looksLikeRequest = !made.empty() && made.front() == '.';
-  return (looksLikeRequest ? "\\&" : "") + made + "\n";
+  std::string text = !made.empty() && made.front() == '.' ? "\\&" : "";
+  return text.append(made).append("\n");
 }
 
 std::string sentence(const std::string& text) {
@@ -136,7 +141,7 @@ const char* valueWord(const ParameterText& parameter) {
 std::string keysLine(const ParameterText& parameter) {
   std::string text;
   for (const std::string& key : parameter.Keys()) text += (text.empty() ? "" : ", ") + bold(key);
-  if (parameter.type != "bool" || parameter.isList) text += " " + italic(valueWord(parameter));
+  if (parameter.type != "bool" || parameter.isList) text.append(" ").append(italic(valueWord(parameter)));
   if (parameter.isList) text += " ...";
   return line(text);
 }
@@ -197,7 +202,7 @@ std::string optionsText(const CategoryText& category, bool isRoot) {
   if (!shows(category)) return "";
   std::string text;
   if (!isRoot) {
-    text += ".SS " + line("\"" + shown(category.name) + "\"");
+    text.append(".SS \"").append(shown(category.name)).append("\"\n");
     if (!category.brief.empty()) text += line(shown(sentence(category.brief)));
     text += detailText(category.detail, ".PP\n");
   }
@@ -213,7 +218,7 @@ std::string synopsis(const CategoryText& program, const std::string& name) {
   for (const ParameterText* each : program.Keyless()) {
     std::string word = italic(each->name.empty() ? "" : each->name.substr(1));
     if (each->isList) word += " ...";
-    text += each->required ? " " + word : " [" + word + "]";
+    text.append(each->required ? " " : " [").append(word).append(each->required ? "" : "]");
   }
   return line(text);
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/common/rundisplay.h"
 #include "tools/common/texttable.h"
 
 namespace QZTools {
@@ -26,7 +27,7 @@ unsigned int barWidth() {
 
 RunTracer::RunTracer(const std::string& word, std::string taskName)
     : task(std::move(taskName)),
-      silent(word == "none"),
+      silent(word == "none" || word == "dots"),
       waits(word == "auto"),
       drawsBar(isatty(STDERR_FILENO) == 1),
       bar("", barWidth()) {
@@ -67,9 +68,10 @@ void RunTracer::SetProgress(unsigned int done, unsigned int total) {
 }
 
 void RunTracer::SetProgress(double percent) {
-  if (!hasBegun()) return;
   // The progress of a stream counts whole buffers and can run past the end.
   percent = percent < 100.0 ? percent : 100.0;
+  ShowStatus(percent);
+  if (!hasBegun()) return;
   if (drawsBar) {
     bar.SetProgress(percent);
   } else {

@@ -9,11 +9,12 @@
 
 namespace QZTools {
 
-/// Shows how far a run is, in the way that suits where standard error goes: a bar on a terminal, a line every tenth of
-/// the work elsewhere. With `auto` it begins only once the run has lasted two seconds. One thread at a time.
+/// Shows how far a run is, in the status file and in the way that suits where standard error goes: a bar on a terminal,
+/// a line every tenth of the work elsewhere. With `auto` it begins only once the run has lasted two seconds. One thread
+/// at a time.
 class RunTracer : public QZSystem::QZTracerBase {
  public:
-  /// `word` is that of the option -progress: auto, bar or none.
+  /// `word` is that of the option -progress: auto, bar, dots or none; with the last two nothing is drawn here.
   RunTracer(const std::string& word, std::string taskName);
   /// Closes the line of a bar whose work has been broken off.
   ~RunTracer() override;

@@ -123,6 +123,14 @@ void Dropped::countInner(const QZRecord& record) {
   unknownSections += inner.unknownSections;
 }
 
+void Dropped::Add(const Dropped& more) {
+  recordMeta += more.recordMeta;
+  fieldMeta += more.fieldMeta;
+  fields += more.fields;
+  childRecords += more.childRecords;
+  unknownSections += more.unknownSections;
+}
+
 bool Dropped::Any() const { return (recordMeta | fieldMeta | fields | childRecords | unknownSections) != 0; }
 
 std::string Dropped::Text() const {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qz/dataflow.h"
+#include "tools/common/csv.h"
 #include "tools/common/fieldwatch.h"
 
 namespace QZTools {
@@ -25,6 +28,22 @@ struct TableOptions {
   std::string types;
   /// Metadata by the name of the column.
   std::map<std::string, QZDataFlow::QZFieldMeta> meta;
+};
+
+/// Records as they stand in the input, some 64 KiB of them, for another thread to read.
+struct RecordChunk {
+  /// Rows of a table that were read ahead; they come before the text.
+  std::deque<CsvRow> rows;
+  std::string text;
+  /// Binary records, without bytes where one is damaged, and where each begins in the input.
+  std::vector<std::vector<unsigned char>> records;
+  std::vector<unsigned long> offsets;
+};
+
+/// How far the reading has come: the lines and the records before a place.
+struct RecordPlace {
+  unsigned long lines = 0;
+  unsigned long records = 0;
 };
 
 /// A stream of records in any format, with the place of the last one for messages.
@@ -49,6 +68,24 @@ class RecordSource {
   /// for itself.
   virtual const std::vector<QZDataFlow::QZFieldBase>& Columns() const = 0;
 
+  /// Moves the next records into `chunk`, which is empty or has been used; false at the end. Throws ToolError where the
+  /// input can't be read; what only the reading of a record finds is for those who read it. Once this has been called
+  /// Next isn't any more.
+  virtual bool Take(RecordChunk& chunk) = 0;
+
+  /// Whether the input has an end that is known beforehand, as a file has and a pipe has not.
+  virtual bool HasSize() const = 0;
+
+  /// A source of the same kind that reads chunks instead of the input.
+  virtual std::unique_ptr<RecordSource> ForChunks() const = 0;
+
+  /// Goes to the first record of a chunk, which must stand while it is read; before it came what `before` says.
+  /// REQUIRES: made by ForChunks.
+  virtual void Begin(const RecordChunk& chunk, const RecordPlace& before) = 0;
+
+  /// How far the reading has come.
+  virtual RecordPlace Reached() const = 0;
+
   /// Whether a record can hold more than the cells of a table.
   bool CarriesMore() const { return Columns().empty(); }
 };
@@ -65,6 +102,8 @@ struct Dropped {
   unsigned long fields = 0;
   unsigned long childRecords = 0;
   unsigned long unknownSections = 0;
+
+  void Add(const Dropped& more);
 
   /// Counts what a table of these columns leaves out of the record that `watch` saw last.
   void CountTable(const QZDataFlow::QZRecord& record, const FieldWatch& watch,
@@ -106,6 +145,18 @@ class RecordSink {
 
   /// What has been dropped so far.
   virtual const Dropped& Losses() const = 0;
+
+  /// Whether the columns of a table are known, which may come with the first record; true for other formats.
+  virtual bool HasColumns() const = 0;
+
+  /// A sink that makes the same bytes of records and hands them to `out`, which must outlive it. REQUIRES: HasColumns.
+  virtual std::unique_ptr<RecordSink> ForChunks(QZPlatform::qzostream& out) const = 0;
+
+  /// Writes what a sink made by ForChunks has made of so many records, dropping `dropped`. Throws as Put does.
+  virtual void PutBytes(std::string_view bytes, unsigned long count, const Dropped& dropped) = 0;
+
+  /// The losses since the last call.
+  virtual Dropped TakeLosses() = 0;
 };
 
 /// Opens `path` ("-" is standard output) for writing. `columns` are the columns of a table; where they are empty a

@@ -11,6 +11,8 @@ using namespace QZDataFlow;
 
 namespace {
 
+constexpr std::size_t leastChunk = 1UL << 16;
+
 bool isBlank(const std::string& text) { return text.find_first_not_of(" \t\r") == std::string::npos; }
 
 }  // namespace
@@ -40,14 +42,67 @@ std::string DocumentSource::Place() const {
   return input->Name() + ": line " + QZNumberToString(line) + " (record " + QZNumberToString(records) + ")";
 }
 
-bool BinarySource::Next(QZRecord& record) {
-  qzistream& stream = input->Stream();
-  offset = stream.tell();
-  const std::vector<unsigned char> bytes = QZReadRecordBytes(stream);
-  if (bytes.empty() && TakeWarning().empty() && stream.tell() == offset) {
+bool DocumentSource::Take(RecordChunk& chunk) {
+  return cutter.Next(*input, chunk.text, [](std::string_view part) { return part.rfind('\n') + 1; });
+}
+
+std::unique_ptr<RecordSource> DocumentSource::ForChunks() const {
+  return std::make_unique<DocumentSource>(std::make_unique<Input>(input->Name()));
+}
+
+void DocumentSource::Begin(const RecordChunk& chunk, const RecordPlace& before) {
+  input->Read(chunk.text);
+  line = before.lines;
+  records = before.records;
+}
+
+// Whether no record came because there is none; a damaged one has moved the stream or was told.
+bool BinarySource::isAtEnd(const std::vector<unsigned char>& bytes) {
+  return bytes.empty() && TakeWarning().empty() && input->Stream().tell() == offset;
+}
+
+bool BinarySource::Take(RecordChunk& taking) {
+  taking.records.clear();
+  taking.offsets.clear();
+  for (std::size_t size = 0; size < leastChunk; size += taking.records.back().size()) {
+    offset = input->Stream().tell();
+    std::vector<unsigned char> bytes = QZReadRecordBytes(input->Stream());
+    if (isAtEnd(bytes)) break;
+    taking.offsets.push_back(offset);
+    taking.records.push_back(std::move(bytes));
+    // A damaged record is the last that counts.
+    if (taking.records.back().empty()) break;
+  }
+  if (taking.records.empty()) input->Finish();
+  return !taking.records.empty();
+}
+
+std::unique_ptr<RecordSource> BinarySource::ForChunks() const {
+  return std::make_unique<BinarySource>(std::make_unique<Input>(input->Name()));
+}
+
+void BinarySource::Begin(const RecordChunk& begun, const RecordPlace& before) {
+  chunk = &begun;
+  taken = 0;
+  records = before.records;
+}
+
+bool BinarySource::takeNext() {
+  if (chunk == nullptr) {
+    offset = input->Stream().tell();
+    read = QZReadRecordBytes(input->Stream());
+    if (!isAtEnd(read)) return true;
     input->Finish();
     return false;
   }
+  if (taken == chunk->records.size()) return false;
+  offset = chunk->offsets[taken++];
+  return true;
+}
+
+bool BinarySource::Next(QZRecord& record) {
+  if (!takeNext()) return false;
+  const std::vector<unsigned char>& bytes = chunk == nullptr ? read : chunk->records[taken - 1];
   ++records;
   if (!QZRecordFromBytes(record, bytes)) {
     TakeWarning();
@@ -63,6 +118,17 @@ std::string BinarySource::Place() const {
 
 StreamSink::StreamSink(const std::string& path, Format format, bool carriesMore)
     : output(path), isJson(format == Format::Json), counts(isJson && carriesMore) {}
+
+std::unique_ptr<RecordSink> StreamSink::ForChunks(qzostream& out) const {
+  return std::unique_ptr<RecordSink>(new StreamSink(out, *this));
+}
+
+void StreamSink::PutBytes(std::string_view bytes, unsigned long count, const Dropped& dropped) {
+  output.Stream().write(bytes.data(), bytes.size());
+  output.Check();
+  records += count;
+  losses.Add(dropped);
+}
 
 void StreamSink::Put(const QZRecord& record) {
   ++records;

@@ -2,8 +2,11 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "tools/common/chunkcutter.h"
 #include "tools/common/files.h"
 #include "tools/common/recordfile.h"
 
@@ -19,10 +22,16 @@ class DocumentSource : public RecordSource {
   bool Next(QZDataFlow::QZRecord& record) override;
   std::string Place() const override;
   const std::vector<QZDataFlow::QZFieldBase>& Columns() const override { return noColumns; }
+  bool Take(RecordChunk& chunk) override;
+  bool HasSize() const override { return input->HasSize(); }
+  std::unique_ptr<RecordSource> ForChunks() const override;
+  void Begin(const RecordChunk& chunk, const RecordPlace& before) override;
+  RecordPlace Reached() const override { return {line, records}; }
 
  private:
   std::unique_ptr<Input> input;
   std::vector<QZDataFlow::QZFieldBase> noColumns;
+  ChunkCutter cutter;
   std::string text;
   unsigned long line = 0;
   unsigned long records = 0;
@@ -36,10 +45,23 @@ class BinarySource : public RecordSource {
   bool Next(QZDataFlow::QZRecord& record) override;
   std::string Place() const override;
   const std::vector<QZDataFlow::QZFieldBase>& Columns() const override { return noColumns; }
+  bool Take(RecordChunk& chunk) override;
+  bool HasSize() const override { return input->HasSize(); }
+  std::unique_ptr<RecordSource> ForChunks() const override;
+  void Begin(const RecordChunk& chunk, const RecordPlace& before) override;
+  RecordPlace Reached() const override { return {0, records}; }
 
  private:
+  bool isAtEnd(const std::vector<unsigned char>& bytes);
+  bool takeNext();
+
   std::unique_ptr<Input> input;
   std::vector<QZDataFlow::QZFieldBase> noColumns;
+  // Null where the input itself is read.
+  const RecordChunk* chunk = nullptr;
+  std::size_t taken = 0;
+  // The present record where the input itself is read.
+  std::vector<unsigned char> read;
   unsigned long offset = 0;
   unsigned long records = 0;
 };
@@ -52,8 +74,15 @@ class StreamSink : public RecordSink {
   void Put(const QZDataFlow::QZRecord& record) override;
   void Finish() override { output.Finish(); }
   const Dropped& Losses() const override { return losses; }
+  bool HasColumns() const override { return true; }
+  std::unique_ptr<RecordSink> ForChunks(QZPlatform::qzostream& out) const override;
+  void PutBytes(std::string_view bytes, unsigned long count, const Dropped& dropped) override;
+  Dropped TakeLosses() override { return std::exchange(losses, {}); }
 
  private:
+  StreamSink(QZPlatform::qzostream& out, const StreamSink& other)
+      : output(out), isJson(other.isJson), counts(other.counts) {}
+
   Output output;
   bool isJson;
   bool counts;

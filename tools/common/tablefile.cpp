@@ -38,12 +38,44 @@ std::string nearText(const std::string& word, const std::vector<std::string>& ca
 }  // namespace
 
 TableSource::TableSource(std::unique_ptr<Input> tableInput, char delimiter, const TableOptions& options)
-    : input(std::move(tableInput)), reader(input->Stream(), delimiter) {
+    : input(std::move(tableInput)), separator(delimiter), reader(input->Stream(), delimiter) {
   readHeader();
   readAhead(options.inferRows);
   inferTypes();
   setTypes(options.types);
   makeFields(options.meta);
+}
+
+TableSource::TableSource(const TableSource& other)
+    : input(std::make_unique<Input>(other.input->Name())),
+      separator(other.separator),
+      reader(input->Stream(), separator),
+      names(other.names),
+      types(other.types),
+      fields(other.fields),
+      nullRecord(other.nullRecord) {
+  reader.KeepBlankLines(names.size() == 1);
+}
+
+std::unique_ptr<RecordSource> TableSource::ForChunks() const {
+  return std::unique_ptr<RecordSource>(new TableSource(*this));
+}
+
+bool TableSource::Take(RecordChunk& chunk) {
+  chunk.rows.clear();
+  chunk.text.clear();
+  if (!ahead.empty()) {
+    chunk.rows.swap(ahead);
+    return true;
+  }
+  return cutter.Next(*input, chunk.text, [this](std::string_view part) { return WholeRows(part, separator); });
+}
+
+void TableSource::Begin(const RecordChunk& chunk, const RecordPlace& before) {
+  ahead = chunk.rows;
+  input->Read(chunk.text);
+  reader.Resume(before.lines, before.records + 1);
+  records = before.records;
 }
 
 void TableSource::fail(unsigned long atLine, const std::string& what) const {
@@ -102,9 +134,9 @@ bool TableSource::nextRow() {
 }
 
 void TableSource::readAhead(unsigned int rows) {
-  std::deque<KeptRow> kept;
+  std::deque<CsvRow> kept;
   while (kept.size() < rows && nextRow()) {
-    KeptRow keep;
+    CsvRow keep;
     keep.line = line;
     for (const CsvCell& cell : row) {
       keep.texts.emplace_back(cell.text);
@@ -117,7 +149,7 @@ void TableSource::readAhead(unsigned int rows) {
 
 void TableSource::inferTypes() {
   std::vector<TypeGuess> guesses(names.size());
-  for (const KeptRow& kept : ahead) {
+  for (const CsvRow& kept : ahead) {
     for (std::size_t i = 0; i < names.size(); ++i) {
       if (!kept.texts[i].empty()) guesses[i].See(kept.texts[i]);
     }
@@ -184,11 +216,31 @@ std::string TableSource::Place() const {
 TableSink::TableSink(const std::string& path, char delimiter, const std::vector<QZFieldBase>& givenColumns,
                      bool carriesMore)
     : output(path),
+      separator(delimiter),
       writer(output.Stream(), delimiter),
       columns(givenColumns),
       fields(givenColumns),
       counts(carriesMore) {
   if (!columns.empty()) writeHeader();
+}
+
+TableSink::TableSink(qzostream& out, const TableSink& other)
+    : output(out),
+      separator(other.separator),
+      writer(output.Stream(), separator),
+      columns(other.columns),
+      fields(other.columns),
+      hasHeader(true),
+      counts(other.counts) {}
+
+std::unique_ptr<RecordSink> TableSink::ForChunks(qzostream& out) const {
+  return std::unique_ptr<RecordSink>(new TableSink(out, *this));
+}
+
+void TableSink::PutBytes(std::string_view bytes, unsigned long, const Dropped& dropped) {
+  output.Stream().write(bytes.data(), bytes.size());
+  output.Check();
+  losses.Add(dropped);
 }
 
 void TableSink::writeHeader() {

@@ -3,9 +3,12 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/common/celltype.h"
+#include "tools/common/chunkcutter.h"
 #include "tools/common/csv.h"
 #include "tools/common/display.h"
 #include "tools/common/fieldwatch.h"
@@ -25,14 +28,15 @@ class TableSource : public RecordSource {
   bool Next(QZDataFlow::QZRecord& record) override;
   std::string Place() const override;
   const std::vector<QZDataFlow::QZFieldBase>& Columns() const override { return fields; }
+  bool Take(RecordChunk& chunk) override;
+  bool HasSize() const override { return input->HasSize(); }
+  std::unique_ptr<RecordSource> ForChunks() const override;
+  void Begin(const RecordChunk& chunk, const RecordPlace& before) override;
+  RecordPlace Reached() const override { return {reader.LinesRead(), records}; }
 
  private:
-  // A row that was read ahead, its cells owned.
-  struct KeptRow {
-    std::vector<std::string> texts;
-    std::vector<bool> quoted;
-    unsigned long line;
-  };
+  // Reads chunks of the other one.
+  explicit TableSource(const TableSource& other);
 
   void readHeader();
   void readAhead(unsigned int rows);
@@ -45,14 +49,16 @@ class TableSource : public RecordSource {
   [[noreturn]] void fail(unsigned long atLine, const std::string& what) const;
 
   std::unique_ptr<Input> input;
+  char separator;
+  ChunkCutter cutter;
   CsvReader reader;
   std::vector<std::string> names;
   std::vector<CellType> types;
   std::vector<QZDataFlow::QZFieldBase> fields;
   // The stored form of a record of which all fields are null: every record begins as it.
   std::vector<unsigned char> nullRecord;
-  std::deque<KeptRow> ahead;
-  KeptRow current;
+  std::deque<CsvRow> ahead;
+  CsvRow current;
   std::vector<CsvCell> row;
   std::vector<unsigned char> bytes;
   unsigned long line = 0;
@@ -69,13 +75,21 @@ class TableSink : public RecordSink {
   void Put(const QZDataFlow::QZRecord& record) override;
   void Finish() override;
   const Dropped& Losses() const override { return losses; }
+  bool HasColumns() const override { return hasHeader; }
+  std::unique_ptr<RecordSink> ForChunks(QZPlatform::qzostream& out) const override;
+  void PutBytes(std::string_view bytes, unsigned long count, const Dropped& dropped) override;
+  Dropped TakeLosses() override { return std::exchange(losses, {}); }
 
  private:
+  // Puts rows alone, under the columns of the other one.
+  TableSink(QZPlatform::qzostream& out, const TableSink& other);
+
   void writeHeader();
   void takeFields(const QZDataFlow::QZRecord& record);
   void writeCell(const QZDataFlow::QZRecord& record, const QZDataFlow::QZFieldBase& field);
 
   Output output;
+  char separator;
   CsvWriter writer;
   std::vector<QZDataFlow::QZFieldBase> columns;
   // For each column the field of its name in the present record; an invalid one where there is none.

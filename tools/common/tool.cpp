@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tools/common/files.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/toolerror.h"
 
 namespace QZTools {
@@ -23,18 +24,28 @@ constexpr const char* sharedConfiguration = R"(
     !DEFAULT auto
     !LEGAL_VALUE auto
     !LEGAL_VALUE bar
+    !LEGAL_VALUE dots
     !LEGAL_VALUE none
     !BRIEF How progress is shown
     !DETAIL
       auto: a bar on a terminal, else a line every tenth of the work, once a run lasts longer
-      than two seconds. bar: the same from the start. none: nothing.
+      than two seconds. bar: the same from the start. dots: a dot for each 1000 records, and their
+      number at the end. none: nothing.
   !END
-  !PARAMETER -quiet 2
+  !PARAMETER -status 2
+    !TYPE string
+    !OUTPUT true
+    !BRIEF A file that tells how far the run is, for others to watch
+    !DETAIL
+      It is written anew at most twice a second, and holds the line Finished when the run has
+      ended.
+  !END
+  !PARAMETER -quiet 3
     !TYPE bool
     !DEFAULT false
     !BRIEF Tell errors only
   !END
-  !PARAMETER -verbose 3
+  !PARAMETER -verbose 4
     !TYPE bool
     !DEFAULT false
     !BRIEF Tell more about what is done
@@ -61,7 +72,7 @@ void installSignals() {
   std::signal(SIGPIPE, SIG_IGN);
 }
 
-std::string firstWarning;
+thread_local std::string firstWarning;
 
 // Keeps warnings back; everything else goes on to the handler that was there before.
 class WarningKeeper : public QZErrorHandlerImplBase {
@@ -151,7 +162,9 @@ int RunTool(int argc, char** argv, const std::string& configuration,
     if (FlagSetting(settings, "-verbose")) QZThrow.SetLevel(QZErrorLevel::Verbose);
     if (FlagSetting(settings, "-quiet")) QZThrow.SetLevel(QZErrorLevel::Error);
     QZThrow.SetHandlerImpl(new WarningKeeper(*QZThrow.GetHandlerImpl()), true);
+    RunDisplay display(TextSetting(settings, "-progress"), TextSetting(settings, "-status"));
     body(settings);
+    display.Finish();
     CheckStandardOutput();
   } catch (const ToolEnd& end) {
     return end.Status();

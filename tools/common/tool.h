@@ -37,8 +37,8 @@ unsigned int CountSetting(const QZSystem::QZInterface& settings, const std::stri
 /// The words of `candidates` that look like `word`: for a message about an unknown name. At most three, nearest first.
 std::vector<std::string> NearWords(const std::string& word, const std::vector<std::string>& candidates);
 
-/// The first warning that the library has given since the last call, "" if there was none. Inside a run they are kept
-/// back, so that a tool turns the first of them into its one message with the place.
+/// The first warning that the library has given this thread since the last call, "" if there was none. Inside a run
+/// they are kept back, so that a tool turns the first of them into its one message with the place.
 std::string TakeWarning();
 
 }  // namespace QZTools
