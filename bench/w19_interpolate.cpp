@@ -13,8 +13,8 @@ static void interpolate(int threads) {
     const QZFixedGrid<float> grid(QZGridBase(kSide, kSide, kSide, kMid, kMid, kMid, kSpacing, ""), points.data());
     double sum = 0.0;
     for (auto _ : st) {
-      sum = lattice::sum(
-          threads, [&](const Place& p) { return QZFloatGridLinearInterpolate(grid, p.x, p.y, p.z, 1e30f); });
+      sum = lattice::sum(threads,
+                         [&](const Place& p) { return QZFloatGridLinearInterpolate(grid, p.x, p.y, p.z, 1e30f); });
       benchmark::DoNotOptimize(sum);
     }
     if (!(sum > -1e6 && sum < 1e6)) st.SkipWithError("a place is outside");
