@@ -66,9 +66,9 @@ class ValueStore {
     const QZBaseData* last;
     unsigned int tag;
   };
-  Mark BeforeHandler() const;
+  [[gnu::noinline]] Mark BeforeHandler() const;
   /// Notes what the handler did.
-  void AfterHandler(const Mark& mark);
+  [[gnu::noinline]] void AfterHandler(const Mark& mark);
 
  private:
   QZBaseData* Find(unsigned int tag);
@@ -189,7 +189,8 @@ int NearestInt(double value) {
   return static_cast<int>(value);
 }
 
-/// Reads the members of one object.
+/// Reads the members of one object. What isn't on the way down into another object is never inlined, so that the frames
+/// of 256 levels fit on a small stack.
 class ObjectReader {
  public:
   ObjectReader(QZBase& base, const Value* hintObject, const ReservedKeys& reserved)
@@ -204,15 +205,16 @@ class ObjectReader {
 
  private:
   const char* NameOf(const Value& key) const;
-  bool ReadHint(const Value& key, Hint& hint) const;
-  bool ReadNumber(const Value& key, const Value& number);
+  [[gnu::noinline]] bool ReadHint(const Value& key, Hint& hint) const;
+  [[gnu::noinline]] bool ReadNumber(const Value& key, const Value& number);
   bool ReadObject(const Value& key, Value& object);
   bool ReadArray(const Value& key, Value& array);
-  bool ReadNumbers(const Value& key, const Value& array, const Hint& hint);
+  [[gnu::noinline]] bool ReadNumbers(const Value& key, const Value& array, const Hint& hint);
   template <class Is, class Get>
-  bool ReadElements(const Value& key, const Value& array, bool multi, const char* expected, Is is, Get get);
+  [[gnu::noinline]] bool ReadElements(const Value& key, const Value& array, bool multi, const char* expected, Is is,
+                                      Get get);
   bool ReadObjects(const Value& key, Value& array, bool multi);
-  void Keep(const Value& key, const Value& value, const char* kind);
+  [[gnu::noinline]] void Keep(const Value& key, const Value& value, const char* kind);
 
   ValueStore store;
   Hints hints;
@@ -274,14 +276,16 @@ bool ObjectReader::ReadNumber(const Value& key, const Value& number) {
   return store.Set<double>(tag, value);
 }
 
-/// Leaves the strings behind before it descends.
+/// The handler for the type of an object, or null; false for a type that isn't a string.
+[[gnu::noinline]] bool HandlerOf(Value& object, QZJSONHandlerBase*& handler) {
+  const QZJSONAttr<std::string> type = GetJSONStringAttr(object, kType);
+  if (type.found && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type.value);
+  return !type.error;
+}
+
 bool ObjectReader::ReadObject(const Value& key, Value& object) {
   QZJSONHandlerBase* handler = nullptr;
-  {
-    const QZJSONAttr<std::string> type = GetJSONStringAttr(object, kType);
-    if (type.error) return false;
-    if (type.found && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type.value);
-  }
+  if (!HandlerOf(object, handler)) return false;
   const ValueStore::Mark mark = store.BeforeHandler();
   const bool isRead = handler && handler->Read(store.Object(), NameOf(key), object);
   if (handler) store.AfterHandler(mark);
@@ -356,9 +360,10 @@ bool ObjectReader::ReadElements(const Value& key, const Value& array, bool multi
   return true;
 }
 
-/// The type that all elements have, or null; false for one that isn't a string.
-bool TypeOfAll(Value& array, std::string& type, bool& isOne) {
-  isOne = true;
+/// The handler for the type that all elements have, or null; false for a type that isn't a string.
+[[gnu::noinline]] bool HandlerOfAll(Value& array, QZJSONHandlerBase*& handler) {
+  std::string type;
+  bool isOne = true;
   for (Value& each : array.GetArray()) {
     QZJSONAttr<std::string> found;
     if (each.IsObject()) found = GetJSONStringAttr(each, kType);
@@ -366,17 +371,13 @@ bool TypeOfAll(Value& array, std::string& type, bool& isOne) {
     if (&each == array.Begin()) type = found.value;
     if (!found.found || found.value != type) isOne = false;
   }
+  if (isOne && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type);
   return true;
 }
 
 bool ObjectReader::ReadObjects(const Value& key, Value& array, bool multi) {
   QZJSONHandlerBase* handler = nullptr;
-  {
-    std::string type;
-    bool isOne = false;
-    if (!TypeOfAll(array, type, isOne)) return false;
-    if (isOne && objectDepth < kMaxObjectDepth) handler = QZGetJSONHandlerByType(type);
-  }
+  if (!HandlerOfAll(array, handler)) return false;
   const ValueStore::Mark mark = store.BeforeHandler();
   const bool isRead = handler && handler->VRead(store.Object(), NameOf(key), array, multi);
   if (handler) store.AfterHandler(mark);
