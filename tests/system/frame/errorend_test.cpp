@@ -127,7 +127,7 @@ TEST(QZThrowDeathTest, ManyThreadsMayFailAtOnce) {
         for (std::thread& thread : threads) thread.join();
         std::this_thread::sleep_for(std::chrono::seconds(20));
       },
-      ExitedWithCode(1), "^(Fatal: bad\n)*$");
+      ExitedWithCode(1), "^(Fatal: bad\n)*(Fatal: )?$");  // the end may cut the last
 }
 
 TEST(QZThrowDeathTest, AfterItsEndItPrintsAndNeverEndsTheProcess) {
