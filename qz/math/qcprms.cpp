@@ -127,7 +127,8 @@ bool KeyMatrix::Rotation(double eigenvalue, double* rotation) const {
     s = q1 * q1 + q2 * q2 + q3 * q3 + q4 * q4;
     if (!(s < leastSquares)) break;
   }
-  if (s < leastSquares) {
+  // Of sets beyond 1e25 or so the squares overflow.
+  if (s < leastSquares || !std::isfinite(s)) {
     for (int i = 0; i < 9; ++i) rotation[i] = i % 4 == 0 ? 1 : 0;
     return false;
   }

@@ -104,6 +104,7 @@ void setQuaternion(double height, double longitude, double psi, double* quaterni
 }  // namespace
 
 double QZChiSquare(const unsigned int* counts, unsigned int rows, unsigned int cols) {
+  if (rows == 0 || cols == 0) return 0;  // no cells, and no sums to keep
   const std::uint64_t sizeOfRows = QZMallocaSize(std::uint64_t{rows} * sizeof(unsigned int));
   const QZMallocaPtr<unsigned int> rowSums(sizeOfRows, QZMallocaFits(sizeOfRows) ? alloca(sizeOfRows) : nullptr);
   const std::uint64_t sizeOfCols = QZMallocaSize(std::uint64_t{cols} * sizeof(unsigned int));

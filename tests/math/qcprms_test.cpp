@@ -295,17 +295,21 @@ TEST_F(Fallback, TakesWeightsThatAreAllZero) {
 }
 
 // Points a hundredth apart leave nothing of the cofactors, whose squares go with the twelfth power of the size.
-TEST_F(Fallback, TakesPointsTooCloseForARotation) {
-  PointSetMaker maker;
-  PointSets sets = maker.Make("shaken", false);
-  for (double& each : sets.a) each /= 1000;
-  for (double& each : sets.b) each /= 1000;
-  const Motion found = polynomial(sets);
-  EXPECT_NE(messages.Take().find("Failed to generate rotation matrix. Falling back to Jacobi RMS."), std::string::npos);
-  const Motion expected = jacobi(sets);
-  EXPECT_EQ(found.rms, expected.rms);
-  for (std::size_t k = 0; k < 9; ++k) EXPECT_EQ(found.rotation[k], expected.rotation[k]) << k;
-  for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(found.translation[k], expected.translation[k]) << k;
+TEST_F(Fallback, TakesPointsTooCloseOrTooFarForARotation) {
+  for (const double scale : {1e-3, 1e26}) {
+    SCOPED_TRACE(scale);
+    PointSetMaker maker;
+    PointSets sets = maker.Make("shaken", false);
+    for (double& each : sets.a) each *= scale;
+    for (double& each : sets.b) each *= scale;
+    const Motion found = polynomial(sets);
+    EXPECT_NE(messages.Take().find("Failed to generate rotation matrix. Falling back to Jacobi RMS."),
+              std::string::npos);
+    const Motion expected = jacobi(sets);
+    EXPECT_EQ(found.rms, expected.rms);
+    for (std::size_t k = 0; k < 9; ++k) EXPECT_EQ(found.rotation[k], expected.rotation[k]) << k;
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(found.translation[k], expected.translation[k]) << k;
+  }
 }
 
 TEST_F(Fallback, TakesWhatHasNoSquareRoot) {

@@ -29,6 +29,8 @@ TEST(ChiSquare, AgreesWithTablesComputedByHand) {
       {{12, 6, 8, 10, 4, 20}, 3, 2, 295.0 / 27},
       {{}, 0, 4, 0},
       {{}, 3, 0, 0},
+      {{}, 4294967295, 0, 0},
+      {{}, 0, 4294967295, 0},
   };
   for (const Case& each : cases) {
     EXPECT_NEAR(QZChiSquare(each.counts.data(), each.rows, each.cols), each.expected, 1e-13)

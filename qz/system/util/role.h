@@ -32,7 +32,7 @@ class QZRole {
 [[nodiscard]] inline bool operator!=(const QZRole& a, const QZRole& b) { return !(a == b); }
 [[nodiscard]] inline bool operator<(const QZRole& a, const QZRole& b) { return a.GetTag() < b.GetTag(); }
 
-/// A set of roles, which takes one pointer as long as it is empty.
+/// A set of roles, which takes one pointer until the first is added.
 ///
 ///     QZRoleSet roles;
 ///     roles.AddRole("donor");
@@ -49,7 +49,7 @@ class QZRoleSet {
   QZRoleSet& operator=(QZRoleSet&&) noexcept = default;
   virtual ~QZRoleSet();
 
-  /// Asking an empty set for a name doesn't register it.
+  /// Asking for a name registers it if it is new, except in a set that never had a role.
   [[nodiscard]] bool HasRole(const QZRole& role) const;
   [[nodiscard]] bool HasRole(const std::string& name) const;
 
@@ -57,7 +57,7 @@ class QZRoleSet {
   bool AddRole(const QZRole& role);
   bool AddRole(const std::string& name);
 
-  /// True if a role was removed. Deleting a name from an empty set doesn't register it.
+  /// True if a role was removed. Registers a new name as HasRole does.
   bool DeleteRole(const QZRole& role);
   bool DeleteRole(const std::string& name);
 
