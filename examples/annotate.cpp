@@ -52,6 +52,7 @@ QZAnnotation MakeScene() {
   scene.AddChild(QZAnnotateSpline("chain", chain, std::size(atoms), 8));
   scene.AddChild(QZAnnotateSplineSurface("ribbon", chain, std::size(atoms), 8, 2, 1, 0.5F, 0.1F, 0, 1));
   scene.AddChild(QZAnnotateTorus("ring", oxygen, 1.2F, 0.2F, z));
+  scene.AddChild(QZAnnotateSymbol("centre", silicon, "x"));
   scene.AddChild(QZAnnotateText("label", silicon, "Si"));
   return scene;
 }

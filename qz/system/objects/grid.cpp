@@ -85,9 +85,10 @@ QZFixedMultiGrid<T>& QZFixedMultiGrid<T>::operator=(const QZFixedMultiGrid& othe
   if (this == &other) return *this;
   Block newBlock = makeRoom<T>(other.blockSize());
   std::copy_n(other.block.get(), other.blockSize(), newBlock.get());
-  Grids newGrids = makeGrids(other, newBlock.get(), other.numGrids);
+  const unsigned int number = other.numGrids;
+  Grids newGrids = makeGrids(other, newBlock.get(), number);
   CopyGeometry(other);
-  take(newBlock, newGrids, other.numGrids);
+  take(newBlock, newGrids, number);
   return *this;
 }
 

@@ -55,22 +55,24 @@ QZGridBase::QZGridBase(unsigned int xPoints, unsigned int yPoints, unsigned int 
 
 QZGridBase& QZGridBase::operator=(const QZGridBase& other) {
   if (this == &other) return *this;
+  const unsigned int x = other.xDim, y = other.yDim, z = other.zDim;
   copyAllButDim(other);
-  if (hasDim(other.xDim, other.yDim, other.zDim)) {
-    storeDim(xDim, yDim, zDim);
+  if (hasDim(x, y, z)) {
+    storeDim(x, y, z);
   } else {
-    changeDim(other.xDim, other.yDim, other.zDim);
+    changeDim(x, y, z);
   }
   return *this;
 }
 
 void QZGridBase::CopyGeometry(const QZGridBase& other) {
+  const unsigned int x = other.xDim, y = other.yDim, z = other.zDim;
   copyAllButDim(other);
-  storeDim(other.xDim, other.yDim, other.zDim);
+  storeDim(x, y, z);
 }
 
+// The attached data come last: `other` may be one of them.
 void QZGridBase::copyAllButDim(const QZGridBase& other) {
-  QZBase::operator=(other);
   title = other.title;
   xMid = other.xMid;
   yMid = other.yMid;
@@ -81,6 +83,7 @@ void QZGridBase::copyAllButDim(const QZGridBase& other) {
   yMidSet = other.yMidSet;
   zMidSet = other.zMidSet;
   spacingSet = other.spacingSet;
+  QZBase::operator=(other);
 }
 
 void QZGridBase::Clear() {

@@ -53,6 +53,8 @@ constexpr unsigned long MostValues = (std::numeric_limits<std::uint32_t>::max() 
 
 constexpr unsigned long CredibleRatio = 16;
 constexpr unsigned long CredibleAnyway = 1UL << 20;
+// A grid is an object too, of some hundred bytes and its title, for as little as one value.
+constexpr unsigned long CredibleGrids = 1024;
 constexpr unsigned long NoSize = std::numeric_limits<unsigned long>::max();
 
 constexpr unsigned long RoomValues = 16384;
@@ -177,6 +179,7 @@ bool readBody(qzistream& in, const Header& header, unsigned long headerBytes, QZ
   const unsigned long claim = times(times(times(header.x, header.y), times(header.z, header.number)), NumberSize);
   const Shape shape(header, grids);
   if (!isCredible(claim, held) || (shape.changes && !isCredible(shape.Bytes(), held))) return false;
+  if (shape.number > grids.GetNumGrids() && shape.number > held / NumberSize + CredibleGrids) return false;
 
   setGeometry(grids, header, shape.changesDim, headerBytes >= BehindMid);
   const unsigned long expected = times(Interleave{grids.GetSize(), grids.GetNumGrids()}.Count(), NumberSize);
@@ -226,8 +229,10 @@ bool QZReadOldStyleGrid(qzistream& in, QZMultiGrid<float>& grids) {
   headerBytes += QZ_io_read_binary(in, &mark, 1, 1);
   if (in.size() != NoSize) return readBody(in, header, headerBytes, grids);
 
+  const unsigned long claim = Shape(header, grids).Bytes();
+  if (claim > MostValues * NumberSize) return false;
   std::vector<unsigned char> arrived;
-  in.readclaimed(arrived, Shape(header, grids).Bytes());
+  in.readclaimed(arrived, claim);
   qzisstream held;
   held.set(arrived.data(), arrived.size(), false);
   return readBody(held, header, headerBytes, grids);

@@ -297,6 +297,19 @@ TEST(MultiGrid, GridsFollowTheSpacingAtOnceAndTheRestOnReset) {
   EXPECT_EQ(valuesOf(grids), valuesOf(threeGrids()));
 }
 
+TEST(MultiGrid, TakesTheValuesOfAGridThatIsAttachedToIt) {
+  QZMultiGrid<float> inner(QZGridBase(2, 2, 2, 1, 2, 3, 0.5F, "inner"), 2);
+  inner.GetGrid(1).SetValue(1, 1, 1, 7);
+  inner.SetData("n", 5);
+  QZMultiGrid<float> outer;
+  outer.SetData("inner", inner);
+  outer = outer.GetData<QZMultiGrid<float>>("inner");
+  EXPECT_EQ(outer.GetTitle(), std::string("inner"));
+  EXPECT_EQ(outer.GetGrid(1).GetValue(1, 1, 1), 7);
+  EXPECT_EQ(outer.GetData<int>("n"), 5);
+  EXPECT_FALSE(outer.HasData("inner"));
+}
+
 TEST(MultiGrid, ACopyHasValuesOfItsOwn) {
   QZMultiGrid<float> grids = threeGrids();
   QZMultiGrid<float> assigned(QZGridBase(9, 9, 9, 0.0F, 0.0F, 0.0F, 1.0F, ""), 2);

@@ -301,9 +301,9 @@ TEST(OldStyleGrid, AHeaderThatNobodyCanBelieveTakesNothing) {
   const std::string bytes = bytesOf(sample(1, 1, 1, 1));
   const std::array<unsigned int, 4> headers[] = {
       // grids, x, y, z
-      {1, 1U << 31, 1, 1},        {1U << 31, 1, 1, 1},          {0, 1U << 31, 1, 1},
-      {1U << 31, 0, 0, 0},        {1, 1U << 16, 1U << 15, 1},   {~0U, ~0U, ~0U, ~0U},
-      {1, 1U << 31, 1U << 31, 4}, {65536, 65536, 65536, 65536}, {1, 262161, 1, 1},
+      {1, 1U << 31, 1, 1},        {1U << 31, 1, 1, 1},  {0, 1U << 31, 1, 1},        {1U << 31, 0, 0, 0},
+      {1, 1U << 16, 1U << 15, 1}, {~0U, ~0U, ~0U, ~0U}, {1, 1U << 31, 1U << 31, 4}, {65536, 65536, 65536, 65536},
+      {1, 262161, 1, 1},          {262144, 1, 1, 1},
   };
   QZMultiGrid<float> grids = sample(3, 2, 2, 2);
   for (const auto& header : headers) {
