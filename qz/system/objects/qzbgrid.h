@@ -29,8 +29,8 @@ bool QZWriteOldStyleGrid(qzostream& out, const QZFixedMultiGrid<float>& grids, u
 /// and the values that came. What the setters refuse stays as it was, with their warnings.
 ///
 /// Nothing but false comes of a header with more values than the bytes behind it make credible: a block of more than 16
-/// times what the stream still holds plus 1 MiB. Where a stream doesn't know what it holds, as a pipe, all of the
-/// values are read before the block is made. Throws std::bad_alloc.
+/// times what the stream still holds plus 1 MiB, or 1024 more grids than it holds values. Where a stream doesn't know
+/// what it holds, as a pipe, all of the values are read before the block is made. Throws std::bad_alloc.
 [[nodiscard]] bool QZReadOldStyleGrid(qzistream& in, QZMultiGrid<float>& grids);
 
 }  // namespace QZSystem
