@@ -20,6 +20,7 @@ constexpr const char* configuration = R"(
 !BRIEF Show what a file of items in the tag-length format holds
 !PARAMETER -in 1
   !TYPE string
+  !INPUT 1
   !KEYLESS 1
   !REQUIRED true
   !SIMPLE true

@@ -26,6 +26,7 @@ constexpr const char* configuration = R"(
 !BRIEF Show what an old-style file of grids holds, or paint a plane of one
 !PARAMETER -in 1
   !TYPE string
+  !INPUT 1
   !KEYLESS 1
   !REQUIRED true
   !SIMPLE true

@@ -28,6 +28,7 @@ constexpr const char* ownConfiguration = R"(
   !BRIEF What is looked for
   !PARAMETER -query 1
     !TYPE string
+    !INPUT 2
     !KEYLESS 1
     !SIMPLE true
     !BRIEF The query: a file of records, records of the file searched, or a fingerprint
@@ -68,6 +69,7 @@ constexpr const char* ownConfiguration = R"(
   !END
   !PARAMETER -prints 7
     !TYPE string
+    !OUTPUT true
     !BRIEF Write the records to this file, each with its fingerprint, instead of a search
   !END
   !PARAMETER -threads 8

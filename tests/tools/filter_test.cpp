@@ -154,6 +154,24 @@ TEST_F(Filter, ExplainsWhatItCannotDo) {
             "n.qzr: no record that was kept or matched has the field nosuch\n");
 }
 
+TEST_F(Filter, KeepsTheStatusFileAwayFromItsOwnFiles) {
+  write("in.csv", "a\n1\n");
+  ASSERT_EQ(run("ln -s in.csv link").status, 0);
+  for (const char* const files :
+       {"in.csv -count in.csv", "./in.csv -count in.csv", "link -count in.csv", "o.csv in.csv o.csv"}) {
+    const Outcome outcome = run(std::string("qzfilter -status ") + files);
+    EXPECT_EQ(outcome.status, 1) << files;
+    EXPECT_NE(outcome.messages.find("name the same file"), std::string::npos) << files << outcome.messages;
+    EXPECT_EQ(read("in.csv"), "a\n1\n") << files;
+    EXPECT_FALSE(exists("o.csv")) << files;
+  }
+}
+
+TEST_F(Filter, DoesNotWaitForAReaderOfItsStatus) {
+  write("in.csv", "a\n1\n");
+  EXPECT_EQ(run("mkfifo pipe && timeout 20 qzfilter -status pipe -count in.csv").out, "1\n");
+}
+
 TEST_F(Filter, ToldToBeQuietIs) {
   EXPECT_EQ(run("qzconvert n.csv n.qzr && qzfilter -where 'nosuch > 1' -quiet n.qzr o.csv").messages, "");
   EXPECT_EQ(run("qzfilter -where 'mass > 10' -verbose n.csv o.csv").messages, "n.csv: kept 3 of 4 records\n");

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "tools/common/files.h"
@@ -37,8 +39,8 @@ constexpr const char* sharedConfiguration = R"(
     !OUTPUT true
     !BRIEF A file that tells how far the run is, for others to watch
     !DETAIL
-      It is written anew at most twice a second, and holds the line Finished when the run has
-      ended.
+      It is written anew after each half second of processor time, and holds the line Finished
+      when the run has ended.
   !END
   !PARAMETER -quiet 3
     !TYPE bool
@@ -148,6 +150,31 @@ std::vector<std::string> NearWords(const std::string& word, const std::vector<st
 
 std::string TakeWarning() { return std::exchange(firstWarning, {}); }
 
+namespace {
+
+bool isSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  if (std::filesystem::weakly_canonical(a, error) == std::filesystem::weakly_canonical(b, error) && !error) return true;
+  return std::filesystem::is_regular_file(a, error) && std::filesystem::equivalent(a, b, error);
+}
+
+// The status file is written over and over: it would destroy a file that the run reads or writes.
+void refuseStatusOverFile(const QZInterface& settings) {
+  const std::string status = TextSetting(settings, "-status");
+  if (status.empty()) return;
+  if (status == "-") throw ToolError("-status wants the name of a file");
+  for (const QZParameter& each : QZIter(settings.GetParameters(true))) {
+    if (each.GetName() == "-status" || (each.GetInput() == 0 && !each.GetOutput())) continue;
+    for (const std::string& file : QZIter(each.GetStringValues())) {
+      if (file != "-" && isSameFile(status, file))
+        throw ToolError("-status and " + each.GetName() + " name the same file, " + file +
+                        "; give -status another one");
+    }
+  }
+}
+
+}  // namespace
+
 int RunTool(int argc, char** argv, const std::string& configuration,
             const std::function<void(QZInterface& settings)>& body) {
   installSignals();
@@ -162,6 +189,7 @@ int RunTool(int argc, char** argv, const std::string& configuration,
     if (FlagSetting(settings, "-verbose")) QZThrow.SetLevel(QZErrorLevel::Verbose);
     if (FlagSetting(settings, "-quiet")) QZThrow.SetLevel(QZErrorLevel::Error);
     QZThrow.SetHandlerImpl(new WarningKeeper(*QZThrow.GetHandlerImpl()), true);
+    refuseStatusOverFile(settings);
     RunDisplay display(TextSetting(settings, "-progress"), TextSetting(settings, "-status"));
     body(settings);
     display.Finish();
