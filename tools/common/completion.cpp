@@ -159,12 +159,12 @@ std::string bashPlaces(const CategoryText& program, const std::string& function)
   return text + "    *) return 1 ;;\n";
 }
 
-// Inside the specifications of _arguments a colon separates, and a bracket ends the explanation.
+// In the entries that _arguments takes, a colon separates, and a bracket ends the explanation.
 std::string zshText(const std::string& text, const std::string& special) {
   std::string escaped;
   for (const char byte : text) {
     if (special.find(byte) != std::string::npos) escaped += '\\';
-    // A specification is one line.
+    // An entry is one line.
     escaped += byte == '\n' || byte == '\t' ? ' ' : byte;
   }
   return escaped;
@@ -204,14 +204,14 @@ std::string zshOptions(const ParameterText& parameter) {
   const std::vector<std::string> keys = parameter.Keys();
   std::string text;
   for (const std::string& key : keys) {
-    std::string specification =
+    std::string entry =
         "(" + QZStringJoin(keys, " ") + ")" + zshText(key, "\\:[]=+") + "[" + zshText(parameter.brief, "\\[]") + "]";
     if (parameter.isList) {
-      specification += ":*-*" + zshAction(parameter);
+      entry += ":*-*" + zshAction(parameter);
     } else if (parameter.type != "bool") {
-      specification += zshAction(parameter);
+      entry += zshAction(parameter);
     }
-    text += " \\\n  " + quoted(specification);
+    text += " \\\n  " + quoted(entry);
   }
   return text;
 }
