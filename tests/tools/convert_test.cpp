@@ -5,16 +5,7 @@ using namespace QZTools;
 
 namespace {
 
-class Convert : public ToolRun {
- protected:
-  // The one message of a run that fails.
-  std::string refusal(const std::string& command) {
-    const Outcome outcome = run(command);
-    EXPECT_EQ(outcome.status, 1) << command;
-    EXPECT_EQ(outcome.out, "") << command;
-    return outcome.messages;
-  }
-};
+class Convert : public ToolRun {};
 
 TEST_F(Convert, CarriesATableThroughEveryForm) {
   const std::string table =

@@ -52,13 +52,6 @@ class Grid : public ToolRun {
     EXPECT_EQ(outcome.out, "");
     return picture(read("a.png"));
   }
-
-  std::string refusal(const std::string& command) {
-    const Outcome outcome = run(command);
-    EXPECT_EQ(outcome.status, 1) << command;
-    EXPECT_EQ(outcome.out, "") << command;
-    return outcome.messages;
-  }
 };
 
 TEST_F(Grid, TellsGeometryAndStatistics) {

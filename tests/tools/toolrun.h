@@ -50,6 +50,14 @@ class ToolRun : public testing::Test {
     return {read(".out"), read(".err"), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
   }
 
+  /// The one message of a run that fails, and puts nothing out.
+  std::string refusal(const std::string& command) const {
+    const Outcome outcome = run(command);
+    EXPECT_EQ(outcome.status, 1) << command;
+    EXPECT_EQ(outcome.out, "") << command;
+    return outcome.messages;
+  }
+
  private:
   std::filesystem::path folder;
 };

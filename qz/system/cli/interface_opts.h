@@ -42,7 +42,8 @@ bool QZUpdateOpts(QZOptions& opts, const QZInterface& itf);
 /// QZConfigureStatus; the messages are those of QZParseCommandLine, whose Error ends the process in strict mode, and
 /// `--version` ends it too. The options change only with Done.
 ///
-/// Values are appended: before a second call the parameters want ClearValues, or each value would stand twice.
+/// Values are appended to those that the options hold, which the interface was given as well: before a second call the
+/// parameters want ClearValues, or each value would stand twice. What holds without a command line is a default.
 /// REQUIRES: argv holds argc texts.
 [[nodiscard]] int QZConfigureOpts(QZOptions& opts, int argc, char** argv, bool printSettings);
 

@@ -6,10 +6,6 @@
 
 #include "qz/system/progress/qztracerbase.h"
 
-namespace QZPlatform {
-class qzostream;
-}
-
 namespace QZSystem {
 
 /// Does the work of a QZStatusFileTracer. One thread at a time.

@@ -8,7 +8,9 @@ namespace QZSystem {
 /// printing, so that nobody waits for the terminal unless the queue is full.
 ///
 ///     QZThreadedDots dots(1000, 100, "items");
-///     RunOnAllProcessors([&] { Process(NextItem()), dots.Update(1); });
+///     std::thread other([&] { while (ProcessNext()) dots.Update(1); });
+///     while (ProcessNext()) dots.Update(1);
+///     other.join();
 ///     dots.Total();
 ///
 /// The queue holds twice as many updates as there are processors, and the dots may lag behind by that many; updates
