@@ -85,7 +85,6 @@ TEST(GenericJSON, WritesEachTypeWithItsHint) {
 
 TEST(GenericJSON, EachValueComesBackAsItWas) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
-  using Strings = std::vector<std::string>;
   QZContainer inner = Values("x", 1);
   inner.SetData("version", std::string("of mine"));
   const struct {
@@ -95,23 +94,19 @@ TEST(GenericJSON, EachValueComesBackAsItWas) {
       {Values("a", 0.1F), R"("a":0.10000000149011612,"qzhint":{"a":"f"})"},
       {Values("a", -0.0, 1e300), R"("a":[-0.0,1e300],"qzhint":{"a":"m"})"},
       {Values("a", kNaN, kInf, -kInf), R"("a":[NaN,Infinity,-Infinity],"qzhint":{"a":"m"})"},
-      {Values("a", -kInf), R"("a":-Infinity)"},
       {Values("a", std::numeric_limits<int>::min()), R"("a":-2147483648,"qzhint":{"a":"i"})"},
       {Values("a", 1.5F, 2.0F), R"("a":[1.5,2.0],"qzhint":{"a":"mf"})"},
-      {Values("a", std::string("x\"\n"), std::string("")), R"("a":["x\"\n",""],"qzhint":{"a":"m"})"},
-      {Values("a", std::string("a\0b", 3)), R"("a":"a\u0000b")"},
+      {Values("a", std::string("x\"\n"), std::string("a\0b", 3)), R"("a":["x\"\n","a\u0000b"],"qzhint":{"a":"m"})"},
       {Values("a", false, true), R"("a":[false,true],"qzhint":{"a":"m"})"},
-      {Values("a", Strings{"x", ""}), R"("a":["x",""])"},
+      {Values("a", std::vector<std::string>{"x", ""}), R"("a":["x",""])"},
       {Values("a", std::vector<double>{1, 0.5}), R"("a":[1.0,0.5])"},
       {Values("a", std::vector<float>{1, 0.5}), R"("a":[1.0,0.5],"qzhint":{"a":"f"})"},
       {Values("a", std::vector<bool>{true, false}), R"("a":[true,false])"},
-      {Values("a", std::vector<int>{-7}), R"("a":[-7],"qzhint":{"a":"i"})"},
       {Values("a", inner),
        R"("a":{"type":"container","version":"0.91","x":1,"_version":"of mine","qzhint":{"x":"i"}})"},
       {Values("a", QZContainer(), QZContainer()),
        R"("a":[{"type":"container","version":"0.91"},{"type":"container","version":"0.91"}],"qzhint":{"a":"m"})"},
       {Values("a", std::vector<QZContainer>(1)), R"("a":[{"type":"container","version":"0.91"}])"},
-      {Values("_foo", true), R"("_foo":true)"},
       {Values("__type", true), R"("___type":true)"},
       {Values("qzhint", 5), R"("_qzhint":5,"qzhint":{"_qzhint":"i"})"},
       {Values("___", true), R"("___":true)"},
@@ -125,14 +120,12 @@ TEST(GenericJSON, EachValueComesBackAsItWas) {
 
 TEST(GenericJSON, DropsWhatHasNoForm) {
   const std::string cannot = "Warning: JSON: Can not write object with key: a, no handler for internal generic data ";
-  for (const auto& base : {Values("a", static_cast<const char*>("text")), Values("a", std::vector<unsigned int>{1})}) {
-    EXPECT_EQ(Written(base).substr(0, cannot.size()), cannot);
+  for (const auto& [base, kept] :
+       {std::pair{Values("a", static_cast<const char*>("text")), ""},
+        {Values("a", std::vector<unsigned int>{1}), ""},
+        {Values("a", 1, static_cast<const char*>("text"), 2), R"("a":[1,2],"qzhint":{"a":"mi"})"}}) {
+    EXPECT_EQ(Written(base).find(kept + cannot), 0U) << kept;
   }
-  const std::string mixed = Written(Values("a", 1, static_cast<const char*>("text"), 2));
-  EXPECT_EQ(mixed.substr(0, mixed.find("Warning")), R"("a":[1,2],"qzhint":{"a":"mi"})");
-  EXPECT_EQ(Written(Values("a", 1, 2.5)), R"("a":[1,2.5],"qzhint":{"a":"m"})");
-  EXPECT_EQ(Written(Values("a", 1, JSONString("[]"))), R"("a":[1,[]],"qzhint":{"a":"i"})");
-  EXPECT_EQ(Written(Values("a", JSONString(), 1)), R"("a":[null,1],"qzhint":{"a":"mi"})");
   for (const char* name :
        {"", "snark", "SDTagData", "PDBTagData", "__rotorTag__", "QZ_unit_cell", "ReceptorData", "QZStyleList2",
         "Gaussian Grid", "PLP Annotation", "CIFBlockTagData", "QZUnknownQZBData", "MiniMolTagDataTag",
@@ -142,19 +135,24 @@ TEST(GenericJSON, DropsWhatHasNoForm) {
   EXPECT_EQ(Written(Values("QZBased", 1)), R"("QZBased":1,"qzhint":{"QZBased":"i"})");
 }
 
+TEST(GenericJSON, ValuesOfSeveralTypesStandInOneArray) {
+  EXPECT_EQ(Written(Values("a", 1, 2.5)), R"("a":[1,2.5],"qzhint":{"a":"m"})");
+  EXPECT_EQ(Written(Values("a", 1, JSONString("[]"))), R"("a":[1,[]],"qzhint":{"a":"i"})");
+  EXPECT_EQ(Written(Values("a", JSONString(), 1)), R"("a":[null,1],"qzhint":{"a":"mi"})");
+}
+
 TEST(GenericJSON, OrderIsThatOfTheTagsAndThenThatOfTheValues) {
-  const unsigned int first = QZGetTag("order 1");
-  const unsigned int second = QZGetTag("order 2");
+  const unsigned int first = QZGetTag("order 1"), second = QZGetTag("order 2");
   QZContainer base;
-  std::string list;
+  std::string ints, doubles;
   for (int i = 0; i < 50; ++i) {
     base.AddData(second, i);
-    base.AddData(first, 0.5 * i);
-    list += (i == 0 ? "" : ",") + std::to_string(i);
+    base.AddData(first, 1.0 * i);
+    ints += (i == 0 ? "" : ",") + std::to_string(i);
+    doubles += (i == 0 ? "" : ",") + std::to_string(i) + ".0";
   }
-  const std::string text = Written(base);
-  EXPECT_EQ(text.find(R"("order 1":[0.0,0.5,1.0,)"), 0U) << text;
-  EXPECT_NE(text.find(R"(,"order 2":[)" + list + R"(],"qzhint":{"order 1":"m","order 2":"mi"})"), std::string::npos);
+  EXPECT_EQ(Written(base),
+            R"("order 1":[)" + doubles + R"(],"order 2":[)" + ints + R"(],"qzhint":{"order 1":"m","order 2":"mi"})");
 }
 
 TEST(GenericJSON, EscapesAtTheFirstLevelOnly) {
@@ -167,11 +165,9 @@ TEST(GenericJSON, EscapesAtTheFirstLevelOnly) {
   EXPECT_EQ(Written(base, QZJSONEscaped | 1U),
             R"("v":["&lt;"],"raw":"<","&lt;b&gt;":["a&lt;b","&gt;&"],"&lt;b&gt;":1,)"
             R"("inner":{"type":"container","version":"0.91","<i>":"<&>"},"qzhint":{"&lt;b&gt;":"i"})");
-  std::string text = "<a>&lt;<<";
-  EXPECT_EQ(QZEscapeJSON(text), "&lt;a&gt;&lt;&lt;&lt;");
-  EXPECT_EQ(QZUnescapeJSON(text), "<a><<<");
-  text = "&amp;lt;&lt;&gt;;&l&g";
-  EXPECT_EQ(QZUnescapeJSON(text), "&amp;lt;<>;&l&g");
+  std::string text = "<a>&amp;lt;&gt;;&l";
+  EXPECT_EQ(QZEscapeJSON(text), "&lt;a&gt;&amp;lt;&gt;;&l");
+  EXPECT_EQ(QZUnescapeJSON(text), "<a>&amp;lt;>;&l");
 }
 
 TEST(GenericJSON, HintsDecideTheTypeOfNumbers) {
@@ -180,27 +176,21 @@ TEST(GenericJSON, HintsDecideTheTypeOfNumbers) {
     const char *value, *hint;
     std::string expected;
   } cases[] = {
-      {"1", "", "a: double 1; "},
       {"1", "q", "a: double 1; "},
       {"1.5", "i", "a: int 1; "},
-      {"-1.9", "i", "a: int -1; "},
       {"2147483647.999", "i", "a: int 2147483647; "},
       {"-2147483648.0", "fi", "a: int -2147483648; "},
       {"2147483648", "i", "a: double 2147483648; " + outside},
-      {"-2147483648.5", "i", "a: double -2147483648.5; " + outside},
-      {"3e9", "if", "a: double 3e+09; " + outside},
+      {"-2147483648.5", "if", "a: double -2147483648.5; " + outside},
       {"NaN", "i", "a: double nan; " + outside},
       {"0.1", "f", "a: float 0.1; "},
-      {"1e300", "f", "a: float inf; "},
       {"-1e300", "mf", "a: float -inf; "},
       {"[1,2]", "", "a: [double 1,double 2]; "},
-      {"[1,2.9]", "i", "a: [int 1,int 2]; "},
       {"[3e9,-3e9,NaN,-0.5,18446744073709551615,-Inf]", "if",
        "a: [int 2147483647,int -2147483648,int 0,int 0,int 2147483647,int -2147483648]; "},
       {"[1,1e300]", "f", "a: [float 1,float inf]; "},
       {"[3e9,2]", "mi", "a: int 2147483647; a: int 2; "},
       {"[1]", "fm", "a: float 1; "},
-      {"[true]", "m", "a: bool true; "},
       {"[\"x\",\"y\"]", "mif", "a: string x; a: string y; "},
   };
   for (const auto& [value, hint, expected] : cases) {
@@ -211,38 +201,27 @@ TEST(GenericJSON, HintsDecideTheTypeOfNumbers) {
 }
 
 TEST(GenericJSON, TellsWhatItCanNotReadAndGoesOn) {
-  const std::string kept = ", stored as JSONString\n";
-  const struct {
-    const char* members;
-    std::string expected;
-  } cases[] = {
-      {R"("a":null,"b":[])", "Warning: JSON: Null value ignored, key: a\nWarning: JSON: Empty array ignored, key: b\n"},
-      {R"("_type":null)", "Warning: JSON: Null value ignored, key: _type\n"},
-      {R"("a":{"b" : [ 1 ]})", "a: json {\"b\":[1]}; Warning: JSON: Can not read JSON object with key: a" + kept},
-      {R"("_type":{"type":"no such class"})",
-       "type: json {\"type\":\"no such class\"}; Warning: JSON: Can not read JSON object with key: _type" + kept},
-      {R"("a":{"type":"container"})",
-       "a: json {\"type\":\"container\"}; Warning: JSON: missing required attribute, key: version\n"
-       "Warning: JSON: Can not read JSON object with key: a" +
-           kept},
-      {R"("a":[null,1],"b":[[1]])",
-       "a: json [null,1]; b: json [[1]]; Warning: JSON: Can not read JSON array with key: "
-       "a" +
-           kept + "Warning: JSON: Can not read JSON array with key: b" + kept},
-      {R"("a":[[1],[2]],"qzhint":{"a":"i"})",
-       "a: json [[1],[2]]; Warning: JSON: Can not read JSON array with key: a" + kept},
-      {R"("a":[{"type":"container","version":"0.91"},1])",
-       "a: json [{\"type\":\"container\",\"version\":\"0.91\"},1]; "
-       "Warning: JSON: Can not read JSON array of objects with key: a" +
-           kept},
-      {R"("a":[{"type":"container","version":"0.91"},{"type":"box"}])",
-       "a: json [{\"type\":\"container\",\"version\":\"0.91\"},{\"type\":\"box\"}]; "
-       "Warning: JSON: Can not read JSON array of objects with key: a" +
-           kept},
-      {R"("a":[{},{}])", "a: json [{},{}]; Warning: JSON: Can not read JSON array of objects with key: a" + kept},
-      {R"("a":1,"a":2,"b":true)", "a: double 2; b: bool true; "},
+  const auto kept = [](const std::string& value, const std::string& what, const std::string& first = "") {
+    return "a: json " + value + "; " + first + "Warning: JSON: Can not read JSON " + what +
+           " with key: a, stored as JSONString\n";
   };
-  for (const auto& [members, expected] : cases) EXPECT_EQ(ReadMembers(members), expected) << members;
+  const std::string empty = R"({"type":"container","version":"0.91"})";
+  const std::pair<std::string, std::string> cases[] = {
+      {"null", "Warning: JSON: Null value ignored, key: a\n"},
+      {"[]", "Warning: JSON: Empty array ignored, key: a\n"},
+      {R"({"b" : [ 1 ]})", kept(R"({"b":[1]})", "object")},
+      {R"({"type":"no such class"})", kept(R"({"type":"no such class"})", "object")},
+      {R"({"type":"container"})",
+       kept(R"({"type":"container"})", "object", "Warning: JSON: missing required attribute, key: version\n")},
+      {"[null,1]", kept("[null,1]", "array")},
+      {R"([[1],[2]],"qzhint":{"a":"i"})", kept("[[1],[2]]", "array")},
+      {"[" + empty + ",1]", kept("[" + empty + ",1]", "array of objects")},
+      {"[" + empty + R"(,{"type":"box"}])", kept("[" + empty + R"(,{"type":"box"}])", "array of objects")},
+      {"[{},{}]", kept("[{},{}]", "array of objects")},
+      {R"(1,"a":2,"b":true)", "a: double 2; b: bool true; "},
+  };
+  for (const auto& [value, expected] : cases) EXPECT_EQ(ReadMembers("\"a\":" + value), expected) << value;
+  EXPECT_EQ(ReadMembers(R"("_type":null)"), "Warning: JSON: Null value ignored, key: _type\n");
 }
 
 TEST(GenericJSON, StopsWhereItMust) {
@@ -255,7 +234,6 @@ TEST(GenericJSON, StopsWhereItMust) {
   } cases[] = {
       {R"("a":1,"qzhint":"i")", "false Warning: JSON: must be an object type, key: qzhint\n"},
       {R"("a":1,"qzhint":{"a":1})", "false " + notString + "a\n"},
-      {R"("a":[1],"qzhint":{"a":null})", "false " + notString + "a\n"},
       {R"("b":1,"a":{"type":1},"c":2)", "b: double 1; false " + notString + "type\n"},
       {R"("a":[{},2,{"type":1}])", "false " + notString + "type\n"},
       {R"("a":["x",1])", "false " + mixed + "string\n"},
@@ -264,7 +242,6 @@ TEST(GenericJSON, StopsWhereItMust) {
       {R"("a":[1,"x"],"qzhint":{"a":"m"})", "a: double 1; false " + mixed + "number\n"},
       {R"("a":1,"a":"x","b":1)", "a: double 1; false " + mismatch},
       {R"("a":"x","a":true)", "a: string x; false " + mismatch},
-      {R"("a":"x","a":1,"b":1)", "a: string x; false " + mismatch},
       {R"("a":"x","_a":true,"a":1,"qzhint":{"a":"i"})",
        "a: string x; _a: bool true; false " + mismatch +
            "Warning: JSON: Numeric value out of range for integer, key: a, ignoring hint\n" + mismatch},
@@ -278,18 +255,12 @@ TEST(GenericJSON, DocumentsAreTakenByTypeAndVersion) {
     const char* text;
     std::string expected;
   } cases[] = {
-      {R"({"a":1})", "a: double 1; "},
       {R"({"version":"7.1","a":1})", "a: double 1; "},
       {R"({"type":"container","version":"0.5","a":1})", "a: double 1; "},
-      {R"({"type":"container","version":"0"})", ""},
       {R"({"type":"container"})", "false Warning: JSON: missing required attribute, key: version\n"},
       {R"({"type":"container","version":0.91})", "false Warning: JSON: expects type of: string, key: version\n"},
-      {R"({"type":"container","version":"1.0"})",
-       "false Warning: JSON: document version 1.0, not compatible with current reader version: 0.91\n"},
       {R"({"type":"container","version":"00.91"})",
        "false Warning: JSON: document version 00.91, not compatible with current reader version: 0.91\n"},
-      {R"({"type":"container","version":""})",
-       "false Warning: JSON: document version , not compatible with current reader version: 0.91\n"},
       {R"({"type":"mystery"})", "false Warning: JSON: Unrecognized type: mystery\n"},
       {R"({"type":{}})", before + "expects type of: string, key: type\n"},
       {"[1]", before + "Top level document must be an object\n"},
@@ -361,28 +332,17 @@ TEST(GenericJSON, RawTextKeepsWithinTheBracketsThatAReaderTakes) {
   EXPECT_EQ(back.GetData<JSONString>("a").GetText().size(), 1 + 2 + 1 + 2044 + 1U);
 }
 
-/// Members in an order in which none of their tags is above the one before.
-std::string Members(int count) {
-  std::string members;
-  for (int i = count; i-- > 0;) {
-    const std::string key = "\"linear " + std::to_string(i) + "\":" + std::to_string(i);
-    members += (members.empty() ? "" : ",") + key;
-  }
-  return members;
-}
-
 TEST(GenericJSON, ReadsManyMembersInAnyOrderOnceEach) {
   constexpr int kCount = 20000;
   for (int i = 0; i < kCount; ++i) static_cast<void>(QZGetTag("linear " + std::to_string(i)));
-  const std::string members = Members(kCount);
+  std::string members;  // none of their tags is above the one before
+  for (int i = kCount; i-- > 0;) members += "\"linear " + std::to_string(i) + "\":" + std::to_string(i) + ",";
   QZContainer base;
-  ASSERT_TRUE(QZJSONToBase(base, "{" + members + "," + members + "}"));
-  int count = 0;
-  for (const QZBaseData& value : QZIter(base.GetDataIter())) {
-    ++count;
-    EXPECT_EQ(static_cast<const QZBaseDataT<double>&>(value).GetData(), kCount - count);
-  }
-  EXPECT_EQ(count, kCount);
+  ASSERT_TRUE(QZJSONToBase(base, "{" + members + members + "\"last\":-1}"));
+  int next = kCount;
+  for (const QZBaseData& value : QZIter(base.GetDataIter()))
+    EXPECT_EQ(static_cast<const QZBaseDataT<double>&>(value).GetData(), --next);
+  EXPECT_EQ(next, -1);
 }
 
 TEST(GenericJSON, EveryCutAndFlipOfADocumentEndsWell) {
