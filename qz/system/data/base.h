@@ -155,6 +155,7 @@ class QZBase {
 
  private:
   friend void QZCopyBaseData(QZBase& to, const QZBase& from);
+  friend class QZBaseImpl;
 
   QZBaseImpl& Impl() { return impl ? *impl : MakeImpl(); }
   QZBaseImpl& MakeImpl();
@@ -166,6 +167,10 @@ class QZBase {
 /// Replaces the attached data of `to`, and nothing else of it, by copies of those of `from`. REQUIRES: two objects;
 /// `from` may be attached to `to`.
 void QZCopyBaseData(QZBase& to, const QZBase& from);
+
+inline const std::vector<QZBaseData*>* QZBaseImpl::DataOf(const QZBase& object) {
+  return object.impl ? &object.impl->data : nullptr;
+}
 
 template <class T>
 bool QZBase::SetData(unsigned int tag, T value) {

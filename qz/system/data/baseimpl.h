@@ -12,6 +12,8 @@
 
 namespace QZSystem {
 
+class QZBase;
+
 /// Selects the values under one tag.
 ///
 ///     QZPredVectorPtrIter<QZEqualTag> charges(data, QZEqualTag(chargeTag));
@@ -108,6 +110,9 @@ class QZBaseImpl {
 
   /// The values, as the iterators walk them.
   [[nodiscard]] const std::vector<QZBaseData*>& GetData() const { return data; }
+
+  /// Those of an object, null if it never had one: what `GetDataIter` walks, for code that walks it very often.
+  [[nodiscard]] static const std::vector<QZBaseData*>* DataOf(const QZBase& object);
 
  private:
   void Grow();

@@ -1,18 +1,20 @@
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 #include <vector>
 
 #include "qz/system/frame/error.h"
-#include "qz/system/frame/iterowner.h"
 #include "qz/system/qzb/item_impl.h"
 #include "qz/system/qzb/nesting_impl.h"
 #include "qz/system/qzb/objectstream.h"
 #include "qz/system/qzb/payload_impl.h"
 #include "qz/system/qzb/qzbentrywriter.h"
 #include "qz/system/qzb/qzbtags_impl.h"
+#include "qz/system/qzb/shortname_impl.h"
 #include "qz/system/qzb/unknowndata.h"
 
 // The layout stands in objectread.cpp.
@@ -98,16 +100,41 @@ const FormTable& forms() {
   return table;
 }
 
-// The names of the tags that the thread has written last, with their lengths; a name never changes once it is there.
-std::string_view nameOf(unsigned int tag) {
-  struct Known {
-    unsigned int tag;
-    std::string_view name;
-  };
-  thread_local std::array<Known, 256> known{};
-  Known& slot = known[tag % known.size()];
-  if (slot.tag != tag || slot.name.empty()) slot = {tag, QZGetTag(tag)};
-  return slot.name;
+// A name, and in front of it what its tag begins with: an entry begins with a copy of it.
+struct KnownName {
+  static constexpr unsigned long room = 40;
+
+  char head[room];
+  unsigned int tag;
+  unsigned int headSize;  // 0 for a name that isn't short enough, or may have a code
+  const char* text;
+  unsigned long size;
+
+  [[nodiscard]] std::string_view Text() const { return {text, size}; }
+};
+
+// What a thread keeps from one object to the next.
+struct Kept {
+  // The names of the tags that were written last; a name never changes once it is there.
+  std::array<KnownName, 256> names;
+  // Where the values of an outermost object are collected at first.
+  char memory[2048];
+};
+
+// Looked up once for an object, not for each value.
+[[gnu::noinline]] Kept& keptByThread() {
+  thread_local Kept kept;
+  return kept;
+}
+
+[[gnu::noinline]] void learn(KnownName& name, unsigned int tag) {
+  const std::string_view text = QZGetTag(tag);
+  name.tag = tag;
+  name.text = text.data();
+  name.size = text.size();
+  name.headSize = 0;
+  if (text.size() + 2 > KnownName::room || !IsShortName(text)) return;
+  name.headSize = static_cast<unsigned int>(PutShortName(name.head, text) - name.head);
 }
 
 enum class Outcome { Done, Refused, WriterFailed, TooDeep };
@@ -126,9 +153,9 @@ Outcome addHandled(QZBEntryWriter& item, std::string_view name, const QZBaseData
   return item.AddHandled(name, body->Release(), size) ? Outcome::Done : Outcome::Refused;
 }
 
-// False if nothing of the object is to be written.
-bool addValue(QZBEntryWriter& item, const QZBaseData& value, const QZBinaryIOHandlerBase& handler) {
-  const std::string_view name = nameOf(value.GetTag());
+// An entry of any kind. False if nothing of the object is to be written.
+[[gnu::noinline]] bool addValue(QZBEntryWriter& item, std::string_view name, const QZBaseData& value,
+                                const QZBinaryIOHandlerBase& handler) {
   if (name.empty()) return true;
   const AddWritten add = forms().Find(value.GetDataType());
   const Outcome outcome = !add                     ? addHandled(item, name, value, handler)
@@ -143,20 +170,84 @@ bool addValue(QZBEntryWriter& item, const QZBaseData& value, const QZBinaryIOHan
 
 }  // namespace
 
+// An object item that is being collected. The usual entries, a number or a short text under a name that is known, take
+// one step without a call, and the place that they go to stays in a register from one to the next. One thread at a
+// time.
+class ObjectItem {
+ public:
+  ObjectItem(Kept& keptMemory, bool isOutermost)
+      : kept(keptMemory), item(isOutermost ? QZBEntryWriter(kept.memory, sizeof kept.memory) : QZBEntryWriter()) {}
+
+  // False if nothing of the object is to be written.
+  bool Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler);
+
+  bool Write(qzostream& out, const std::string& tag) const { return item.Write(out, tag); }
+
+ private:
+  static constexpr unsigned long longestText = 63;
+  static constexpr unsigned long shortRoom = KnownName::room + 2 + longestText;
+
+  static char* PutShort(char* to, const KnownName& name, const QZBaseData& value);
+  template <class T>
+  static char* PutNumber(char* to, unsigned char type, const QZBaseData& value);
+
+  Kept& kept;
+  QZBEntryWriter item;
+};
+
+bool ObjectItem::Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler) {
+  char* to = item.at;
+  for (const QZBaseData* value : values) {
+    if (!value) continue;
+    const unsigned int tag = value->GetTag();
+    KnownName& name = kept.names[tag % kept.names.size()];
+    if (name.tag != tag || name.size == 0) learn(name, tag);
+    const bool isRoom = static_cast<unsigned long>(item.limit - to) >= shortRoom;
+    if (char* const end = isRoom && name.headSize != 0 ? PutShort(to, name, *value) : nullptr) {
+      to = end;
+      continue;
+    }
+    item.at = to;
+    if (!addValue(item, name.Text(), *value, handler)) return false;
+    to = item.at;
+  }
+  item.at = to;
+  return true;
+}
+
+// Null, with nothing of worth at `to`, for any other entry. Nearly always the class is the very one, which shows sooner
+// than its identity does.
+inline char* ObjectItem::PutShort(char* to, const KnownName& name, const QZBaseData& value) {
+  std::memcpy(to, name.head, KnownName::room);
+  to += name.headSize;
+  const std::type_info* const type = &typeid(value);
+  if (type == &typeid(QZBaseDataT<int>)) return PutNumber<int>(to, QZBType::Int, value);
+  if (type == &typeid(QZBaseDataT<double>)) return PutNumber<double>(to, QZBType::Double, value);
+  if (type != &typeid(QZBaseDataT<std::string>)) return nullptr;
+  const std::string& text = static_cast<const QZBaseDataT<std::string>&>(value).GetData();
+  if (text.size() > longestText) return nullptr;
+  to[0] = static_cast<char>(QZBType::String);
+  to[1] = ShortLength(text.size());
+  return PutBytes(to + 2, text.data(), text.size());
+}
+
+template <class T>
+inline char* ObjectItem::PutNumber(char* to, unsigned char type, const QZBaseData& value) {
+  *to = static_cast<char>(type);
+  std::memcpy(to + 1, &static_cast<const QZBaseDataT<T>&>(value).GetData(), sizeof(T));
+  return to + 1 + sizeof(T);
+}
+
 bool QZBWriteQZBase(qzostream& out, const QZBase& object, const std::string& tag,
                     const QZBinaryIOHandlerBase& handler) {
-  const QZIter<QZBaseData> values(object.GetDataIter());
-  if (!values) return true;
+  const std::vector<QZBaseData*>* const values = QZBaseImpl::DataOf(object);
+  if (!values || values->empty()) return true;
   const NestingLevel level(WritingDepth());
   if (level.IsOutermost()) WritingIsTooDeep() = false;
   if (!level.IsAllowed()) WritingIsTooDeep() = true;
   if (WritingIsTooDeep()) return false;
-  QZBEntryWriter item;
-  QZIterBase<QZBaseData>& value = *values.Get();
-  for (; value; ++value) {
-    if (!addValue(item, *value, handler)) return false;
-  }
-  return item.Write(out, tag);
+  ObjectItem item(keptByThread(), level.IsOutermost());
+  return item.Add(*values, handler) && item.Write(out, tag);
 }
 
 // Never destroyed: static objects may be written by their destructors.

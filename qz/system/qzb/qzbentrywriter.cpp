@@ -5,6 +5,7 @@
 
 #include "qz/system/qzb/qzblength_impl.h"
 #include "qz/system/qzb/qzbtags_impl.h"
+#include "qz/system/qzb/shortname_impl.h"
 
 namespace QZSystem {
 
@@ -13,30 +14,16 @@ namespace {
 // From this size on, a copy costs more than an entry in the list of pieces.
 constexpr unsigned long largeSize = 512;
 
-constexpr unsigned long firstCapacity = 512;
+// Of these sizes the heap keeps blocks at hand.
+constexpr unsigned long firstCapacity = 1000;
+constexpr unsigned long usualPieces = 8;
 constexpr unsigned long longestLength = 5;
 constexpr unsigned long longestTag = QZBTagBufferSize - 1;
-
-// Names and texts are short: two copies that may overlap cost less than a call.
-char* putBytes(char* to, const char* bytes, unsigned long size) {
-  if (size > 16) {
-    std::memcpy(to, bytes, size);
-  } else if (size >= 8) {
-    std::memcpy(to, bytes, 8);
-    std::memcpy(to + size - 8, bytes + size - 8, 8);
-  } else if (size >= 4) {
-    std::memcpy(to, bytes, 4);
-    std::memcpy(to + size - 4, bytes + size - 4, 4);
-  } else {
-    for (unsigned long i = 0; i < size; ++i) to[i] = bytes[i];
-  }
-  return to + size;
-}
 
 char* putTag(char* to, std::string_view name, unsigned char code) {
   *to++ = static_cast<char>(code);
   if (code != 0) return to;
-  return putBytes(PutLength(to, name.size()), name.data(), name.size());
+  return PutBytes(PutLength(to, name.size()), name.data(), name.size());
 }
 
 // False for a code that can't be written.
@@ -51,17 +38,26 @@ bool codeOf(std::string_view name, unsigned char& code) {
 }  // namespace
 
 void QZBEntryWriter::Grow(unsigned long size) {
-  const unsigned long more = std::max({firstCapacity, 2 * capacity, flagBytes + used + size});
-  std::unique_ptr<char[]> larger(new char[more]);
-  if (used != 0) std::memcpy(larger.get(), collected.get(), flagBytes + used);
-  larger[0] = static_cast<char>(QZBIntEndian());
-  larger[1] = static_cast<char>(QZBFloatEndian());
-  collected = std::move(larger);
-  capacity = more;
+  const unsigned long used = start ? Collected() : flagBytes;
+  const unsigned long capacity = std::max({firstCapacity, 2 * used, used + size});
+  std::unique_ptr<char[]> larger(new char[capacity]);
+  if (start) std::memcpy(larger.get(), start, used);
+  block = std::move(larger);
+  start = block.get();
+  limit = start + capacity;
+  Begin();
+  at = start + used;
 }
 
 // The tag and the type byte of an entry, with room behind them; null for a name that can't be written.
 char* QZBEntryWriter::PutHead(std::string_view name, unsigned char type, unsigned long bodyRoom) {
+  if (!IsShortName(name)) return PutLongHead(name, type, bodyRoom);
+  char* const to = PutShortName(Room(longestShortName + 3 + bodyRoom), name);
+  *to = static_cast<char>(type);
+  return to + 1;
+}
+
+char* QZBEntryWriter::PutLongHead(std::string_view name, unsigned char type, unsigned long bodyRoom) {
   if (name.empty() || name.size() > longestTag) return nullptr;
   unsigned char code = 0;
   if (!codeOf(name, code)) return nullptr;
@@ -76,8 +72,7 @@ bool QZBEntryWriter::AddBytes(std::string_view name, unsigned char type, const v
   char* to = PutHead(name, type, 1 + longestLength + copied);
   if (!to) return false;
   if (QZGetQZBForm(type).flag == QZBFlag::Short) *to++ = static_cast<char>(QZBShortEndian());
-  to = putBytes(PutLength(to, size), static_cast<const char*>(bytes), copied);
-  Use(to);
+  at = PutBytes(PutLength(to, size), static_cast<const char*>(bytes), copied);
   if (copied != size) Refer(static_cast<const char*>(bytes), size);
   return true;
 }
@@ -88,7 +83,7 @@ bool QZBEntryWriter::Add(std::string_view name, const std::vector<bool>& element
   if (!to) return false;
   to = PutLength(to, elements.size());
   for (bool element : elements) *to++ = element ? 1 : 0;
-  Use(to);
+  at = to;
   return true;
 }
 
@@ -106,8 +101,8 @@ char* QZBEntryWriter::PutHandledHead(std::string_view name, unsigned long size, 
   }
   *to++ = 0;
   to = PutLength(to, HandledPrefix.size() + name.size());
-  to = putBytes(to, HandledPrefix.data(), HandledPrefix.size());
-  to = putBytes(to, name.data(), name.size());
+  to = PutBytes(to, HandledPrefix.data(), HandledPrefix.size());
+  to = PutBytes(to, name.data(), name.size());
   *to++ = static_cast<char>(QZBType::CharVector);
   return PutLength(to, size);
 }
@@ -116,8 +111,7 @@ bool QZBEntryWriter::AddHandled(std::string_view name, std::string_view payload)
   const unsigned long copied = payload.size() < largeSize ? payload.size() : 0;
   char* to = PutHandledHead(name, payload.size(), copied);
   if (!to) return false;
-  to = putBytes(to, payload.data(), copied);
-  Use(to);
+  at = PutBytes(to, payload.data(), copied);
   if (copied != payload.size()) Refer(payload.data(), payload.size());
   return true;
 }
@@ -129,7 +123,8 @@ bool QZBEntryWriter::AddHandled(std::string_view name, std::unique_ptr<char[]> p
 }
 
 void QZBEntryWriter::Refer(const char* bytes, unsigned long size) {
-  pieces.push_back({used, bytes, size});
+  if (pieces.empty()) pieces.reserve(usualPieces);
+  pieces.push_back({Collected(), bytes, size});
   referred += size;
 }
 
@@ -139,19 +134,19 @@ bool QZBEntryWriter::Write(qzostream& out, const std::string& tag) const {
     if (Size() > QZBLargestLength || !QZBWriteTag(out, tag.c_str())) return false;
     QZBWriteDataLength(out, Size());
   }
-  const char* from = collected.get();
+  const char* from = start;
   for (const Piece& piece : pieces) {
-    const char* const to = collected.get() + flagBytes + piece.position;
+    const char* const to = start + piece.position;
     out.write(from, static_cast<unsigned long>(to - from));
     out.write(piece.bytes, piece.size);
     from = to;
   }
-  out.write(from, static_cast<unsigned long>(collected.get() + flagBytes + used - from));
+  out.write(from, static_cast<unsigned long>(at - from));
   return true;
 }
 
 void QZBEntryWriter::Clear() {
-  used = 0;
+  if (start) at = start + flagBytes;
   referred = 0;
   pieces.clear();
   kept.clear();

@@ -107,7 +107,7 @@ class QZBEntryWriter {
   bool AddHandled(std::string_view name, std::unique_ptr<char[]> payload, unsigned long size);
 
   /// The bytes of the item behind its length: two flags and the entries.
-  [[nodiscard]] unsigned long Size() const { return flagBytes + used + referred; }
+  [[nodiscard]] unsigned long Size() const { return (start ? Collected() : flagBytes) + referred; }
   /// Whether nothing was added.
   [[nodiscard]] bool IsEmpty() const { return Size() == flagBytes; }
 
@@ -122,6 +122,11 @@ class QZBEntryWriter {
  private:
   static constexpr unsigned long flagBytes = 2;
 
+  friend class ObjectItem;
+
+  // Collects in memory of the caller first, which outlives the writer. REQUIRES: size >= flagBytes.
+  QZBEntryWriter(char* memory, unsigned long size) : start(memory), limit(memory + size) { Begin(); }
+
   // Bytes that go out between the collected ones, in front of the one at `position`.
   struct Piece {
     unsigned long position;
@@ -129,29 +134,36 @@ class QZBEntryWriter {
     unsigned long size;
   };
 
-  // Memory for `size` more bytes behind those that are in use, and the end of what is used then.
+  // The end of what is collected, with `size` free bytes behind it.
   char* Room(unsigned long size) {
-    if (flagBytes + used + size > capacity) Grow(size);
-    return collected.get() + flagBytes + used;
+    if (size > static_cast<unsigned long>(limit - at)) Grow(size);
+    return at;
   }
-  void Use(const char* to) { used = static_cast<unsigned long>(to - collected.get()) - flagBytes; }
   void Grow(unsigned long size);
+  void Begin() {
+    start[0] = static_cast<char>(QZBIntEndian());
+    start[1] = static_cast<char>(QZBFloatEndian());
+    at = start + flagBytes;
+  }
+  [[nodiscard]] unsigned long Collected() const { return static_cast<unsigned long>(at - start); }
   char* PutHead(std::string_view name, unsigned char type, unsigned long bodyRoom);
+  char* PutLongHead(std::string_view name, unsigned char type, unsigned long bodyRoom);
   template <class T>
   bool AddScalar(std::string_view name, unsigned char type, T value) {
     char* const to = PutHead(name, type, sizeof value);
     if (!to) return false;
     std::memcpy(to, &value, sizeof value);
-    Use(to + sizeof value);
+    at = to + sizeof value;
     return true;
   }
   bool AddBytes(std::string_view name, unsigned char type, const void* bytes, unsigned long size);
   char* PutHandledHead(std::string_view name, unsigned long size, unsigned long bodyRoom);
   void Refer(const char* bytes, unsigned long size);
 
-  std::unique_ptr<char[]> collected;  // two flags, and then the entries
-  unsigned long capacity = 0;
-  unsigned long used = 0;
+  char* start = nullptr;  // two flags, and then the entries
+  char* at = nullptr;     // the end of the collected ones
+  char* limit = nullptr;
+  std::unique_ptr<char[]> block;
   unsigned long referred = 0;
   std::vector<Piece> pieces;
   std::vector<std::unique_ptr<char[]>> kept;
