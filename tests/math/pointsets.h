@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <string>
@@ -36,6 +37,20 @@ inline double RmsAfter(const PointSets& sets, const double* rotation, const doub
     }
   }
   return std::sqrt(sum / weight);
+}
+
+/// How far nine values, row by row, are from a proper rotation: the greatest error of a product of two rows or of the
+/// determinant.
+inline double DistanceFromRotation(const double* r) {
+  const double determinant =
+      r[0] * (r[4] * r[8] - r[5] * r[7]) - r[1] * (r[3] * r[8] - r[5] * r[6]) + r[2] * (r[3] * r[7] - r[4] * r[6]);
+  double greatest = std::abs(determinant - 1);
+  for (const double* a = r; a != r + 9; a += 3) {
+    for (const double* b = r; b != r + 9; b += 3) {
+      greatest = std::max(greatest, std::abs(a[0] * b[0] + a[1] * b[1] + a[2] * b[2] - (a == b ? 1 : 0)));
+    }
+  }
+  return greatest;
 }
 
 /// Sets of 3 to 40 points of every kind that has a difficulty of its own: the second set is the first, turned, moved

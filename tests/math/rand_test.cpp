@@ -15,31 +15,25 @@ namespace {
 
 using Engine = MtRng<Mt64Traits>;
 
-// The published generator takes one more step at the end than the raw word has.
-std::uint64_t finished(std::uint64_t word) { return word ^ (word >> 43); }
-
-TEST(Rand, GivesThePublishedSequence) {
-  Engine engine;
-  const std::uint64_t first[] = {14514284786278117030U, 4620546740167642908U, 13109570281517897720U};
-  for (std::uint64_t expected : first) EXPECT_EQ(finished(engine.getWord()), expected);
-  std::uint64_t last = 0;
-  for (int i = 3; i < 10000; ++i) last = finished(engine.getWord());
-  EXPECT_EQ(last, 9981545732273789042U);
-}
-
 TEST(Rand, AgreesWithTheStandardLibraryForEverySeed) {
-  for (unsigned long seed : {0UL, 1UL, 42UL, 5489UL, 0x8000000000000000UL, ~0UL}) {
-    Engine engine(seed);
+  Engine engine(3);
+  for (unsigned long seed : {5489UL, 0UL, 1UL, 42UL, 0x8000000000000000UL, ~0UL}) {
+    if (seed == 5489) {
+      engine = Engine();
+    } else {
+      engine.Seed(seed);
+    }
     std::mt19937_64 reference(seed);
     for (int i = 0; i < 2000; ++i) {
       const std::uint64_t expected = reference();
-      // What each operation makes of a word.
+      // What each operation makes of a word; the published generator takes one more step at the end than the raw word.
+      const std::uint64_t raw = expected ^ (expected >> 43);
       if (i % 3 == 0) {
         ASSERT_EQ(engine.getUnitDouble(), static_cast<double>(expected >> 11) * 0x1p-53) << seed << ' ' << i;
       } else if (i % 3 == 1) {
-        ASSERT_EQ(engine.getUnsigned(), (expected ^ (expected >> 43)) >> 33) << seed << ' ' << i;
+        ASSERT_EQ(engine.getUnsigned(), raw >> 33) << seed << ' ' << i;
       } else {
-        ASSERT_EQ(finished(engine.getWord()), expected) << seed << ' ' << i;
+        ASSERT_EQ(engine.getWord(), raw) << seed << ' ' << i;
       }
     }
   }
@@ -48,12 +42,11 @@ TEST(Rand, AgreesWithTheStandardLibraryForEverySeed) {
 TEST(Rand, ACopyGoesOnFromWhereItsSourceStands) {
   for (int drawn : {0, 1, 311, 312, 313, 700}) {
     auto source = std::make_unique<Engine>(7);
-    for (int i = 0; i < drawn; ++i) source->getUnsigned();
-    Engine copy(*source);
-    Engine assigned(99);
+    Engine witness(7), assigned(99);
+    for (int i = 0; i < drawn; ++i) EXPECT_EQ(source->getUnsigned(), witness.getUnsigned());
     assigned.getUnsigned();
     assigned = *source;
-    Engine witness = copy;
+    Engine copy(*source);
     source.reset();
     for (int i = 0; i < 400; ++i) {
       const std::uint64_t expected = witness.getWord();
@@ -61,14 +54,6 @@ TEST(Rand, ACopyGoesOnFromWhereItsSourceStands) {
       ASSERT_EQ(assigned.getWord(), expected) << drawn << ' ' << i;
     }
   }
-}
-
-TEST(Rand, SeedBeginsAnew) {
-  Engine engine(3);
-  const std::uint64_t first = engine.getWord();
-  for (int i = 0; i < 500; ++i) engine.getWord();
-  engine.Seed(3);
-  EXPECT_EQ(engine.getWord(), first);
 }
 
 TEST(Random, GivesTheSameStreamForASeed) {
