@@ -1,52 +1,27 @@
 #include "qz/system/progress/dots.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
 #include <vector>
+
+#include "tests/system/progress/printed.h"
 
 using namespace QZSystem;
 
-namespace {
-
-std::string Printed(const std::function<void()>& work) {
-  testing::internal::CaptureStderr();
-  work();
-  return testing::internal::GetCapturedStderr();
-}
-
-// What dots print of these updates and of the total.
-std::string Of(unsigned int bigstep, unsigned int smallstep, const std::vector<unsigned int>& steps) {
-  return Printed([&] {
-    QZDots dots(bigstep, smallstep, "items", "seen");
-    for (const unsigned int step : steps) dots.Update(step);
-    dots.Total();
-  });
-}
-
-}  // namespace
-
 TEST(Dots, ADotForASmallStepAndALineForABigOne) {
-  const struct {
-    unsigned int bigstep, smallstep;
-    std::vector<unsigned int> steps;
-    const char* printed;
-  } cases[] = {
-      {1000, 100, {2500}, ".......... 1000 items seen.\n.......... 2000 items seen.\n.....\nTotal: 2500 items seen.\n"},
-      {4, 2, {1, 1, 0, 1, 1, 1}, ".. 4 items seen.\n\nTotal: 5 items seen.\n"},
-      {4, 3, {9}, ".. 4 items seen.\n.\nTotal: 9 items seen.\n"},
-      {2, 5, {4, 6}, ". 2 items seen.\n. 4 items seen.\n\nTotal: 10 items seen.\n"},
-      {0, 5, {20}, "\nTotal: 20 items seen.\n"},
-      {5, 0, {20}, "\nTotal: 20 items seen.\n"},
-      {9, 5, {}, "\nTotal: 0 items seen.\n"},
-      // Sums beyond 32 bits.
-      {4000000000,
-       3000000000,
-       {2999999999, 4000000000, 1},
-       ".. 4000000000 items seen.\n\nTotal: 2705032704 items seen.\n"},
+  const auto printed = [](unsigned int bigstep, unsigned int smallstep, const std::vector<unsigned int>& steps) {
+    return Printed([&] {
+      QZDots dots(bigstep, smallstep, "items", "seen");
+      for (const unsigned int step : steps) dots.Update(step);
+      dots.Total();
+    });
   };
-  for (const auto& each : cases) EXPECT_EQ(Of(each.bigstep, each.smallstep, each.steps), each.printed);
+  EXPECT_EQ(printed(4, 2, {1, 1, 0, 1, 1, 1}), ".. 4 items seen.\n\nTotal: 5 items seen.\n");
+  EXPECT_EQ(printed(4, 3, {9}), ".. 4 items seen.\n.\nTotal: 9 items seen.\n");
+  EXPECT_EQ(printed(2, 5, {4, 6}), ". 2 items seen.\n. 4 items seen.\n\nTotal: 10 items seen.\n");
+  EXPECT_EQ(printed(0, 5, {20}), "\nTotal: 20 items seen.\n");
+  EXPECT_EQ(printed(5, 0, {20}), "\nTotal: 20 items seen.\n");
+  // Sums beyond 32 bits.
+  EXPECT_EQ(printed(4000000000, 3000000000, {2999999999, 4000000000, 1}),
+            ".. 4000000000 items seen.\n\nTotal: 2705032704 items seen.\n");
 }
 
 TEST(Dots, AMarkStandsInPlaceOfADot) {

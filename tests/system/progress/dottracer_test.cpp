@@ -17,8 +17,11 @@ namespace {
 constexpr float always = 0;
 constexpr float never = 1e8F;  // seconds of processor time
 
-// What a tracer with rows of `width` writes while `work` uses it, and what its destructor adds behind a bar.
-std::string Written(unsigned int width, const std::function<void(QZDotTracer&)>& work) {
+using Work = std::function<void(QZDotTracer&)>;
+
+// What a tracer with rows of `width` writes while `work` uses it, and what its
+// destructor adds behind a bar.
+std::string Written(unsigned int width, const Work& work) {
   qzosstream out;
   {
     QZDotTracer tracer(always, out, width);
@@ -28,97 +31,54 @@ std::string Written(unsigned int width, const std::function<void(QZDotTracer&)>&
   return out.str();
 }
 
-void Dots(QZDotTracer& tracer, int count) {
-  for (int i = 0; i < count; ++i) tracer.Refresh();
-}
+const Work fourDots = [](QZDotTracer& tracer) {
+  for (int i = 0; i < 4; ++i) tracer.Refresh();
+};
 
-TEST(DotTracer, ARowIsClosedByTheNextReport) {
-  EXPECT_EQ(Written(5,
+TEST(DotTracer, ARowIsClosedByTheNextReportAndBegunByATask) {
+  EXPECT_EQ(Written(6,
                     [](QZDotTracer& tracer) {
-                      Dots(tracer, 5);
+                      fourDots(tracer);
+                      tracer.SetTask("ab");
+                      fourDots(tracer);
+                      tracer.SetProgress(50.0);
+                      tracer.Push("a task");
                       tracer.SetProgress(3, 8);
-                      Dots(tracer, 4);
-                      tracer.SetProgress(60.0);
                     }),
-            "..... 37% processed.\n..... 60% processed.\n.|\nDone.\n");
+            "....ab.... 50% processed.\n.a task 37% processed.\n.|\nDone.\n");
+  qzosstream out;
+  fourDots(*std::make_unique<QZDotTracer>("load", always, out, 6));
+  EXPECT_EQ(out.str(), "load.. 0% processed.\n..\nDone.\n");
 }
 
 TEST(DotTracer, EveryCallPrintsADotWithoutAnInterval) {
-  const struct {
-    std::function<void(QZDotTracer&)> call;
-    const char* percent;
-  } cases[] = {
-      {[](QZDotTracer& t) { t.Pop(); }, "100"},
-      {[](QZDotTracer& t) { t.Refresh(); }, "0"},
-      {[](QZDotTracer& t) { EXPECT_FALSE(t.Aborted()); }, "0"},
-      {[](QZDotTracer& t) { t.SetProgress(1, 3); }, "33"},
-      {[](QZDotTracer& t) { t.SetProgress(5, 0); }, "100"},
-      {[](QZDotTracer& t) { t.SetProgress(99.99); }, "99"},
-      {[](QZDotTracer& t) { t.SetProgress(-0.5); }, "0"},
-      {[](QZDotTracer& t) { t.SetProgress(-7.9); }, "-7"},
-      {[](QZDotTracer& t) { t.SetProgress(1e30); }, "1000000000000000019884624838656"},
-      {[](QZDotTracer& t) { t.SetProgress(HUGE_VAL); }, "inf"},
-      {[](QZDotTracer& t) { t.PrintDot(12); }, "12"},
+  const auto expect = [](const Work& call, const std::string& percent) {
+    EXPECT_EQ(Written(0, call), " " + percent + "% processed.\n.|\nDone.\n");
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(Written(0, each.call), std::string(" ") + each.percent + "% processed.\n.|\nDone.\n");
-  }
+  expect([](QZDotTracer& t) { t.Pop(); }, "100");
+  expect([](QZDotTracer& t) { EXPECT_FALSE(t.Aborted()); }, "0");
+  expect([](QZDotTracer& t) { t.SetProgress(5, 0); }, "100");
+  for (const auto& [percent, text] :
+       {std::pair{99.99, "99"}, {-0.5, "0"}, {-7.9, "-7"}, {1e20, "100000000000000000000"}, {HUGE_VAL, "inf"}})
+    expect([value = percent](QZDotTracer& t) { t.SetProgress(value); }, text);
 }
 
 TEST(DotTracer, DoneStandsOnALineOfItsOwnNearTheEndOfARow) {
-  const struct {
-    unsigned int width;
-    int dots;
-    const char* written;
-  } cases[] = {
-      {10, 4, "....|Done.\n"},
-      {10, 5, ".....|\nDone.\n"},
-      {3, 0, "|\nDone.\n"},
-      {6, 0, "|Done.\n"},
-  };
-  for (const auto& each : cases) {
-    EXPECT_EQ(Written(each.width, [&](QZDotTracer& tracer) { Dots(tracer, each.dots); }), each.written);
-  }
+  EXPECT_EQ(Written(10, fourDots), "....|Done.\n");
+  EXPECT_EQ(Written(9, fourDots), "....|\nDone.\n");
+  EXPECT_EQ(Written(3, [](QZDotTracer&) {}), "|\nDone.\n");
 }
 
-TEST(DotTracer, ATaskCountsForItsRow) {
-  EXPECT_EQ(Written(6,
-                    [](QZDotTracer& tracer) {
-                      tracer.SetTask("read");
-                      Dots(tracer, 3);
-                      tracer.Push("more text");
-                      tracer.SetProgress(50.0);
-                    }),
-            "read.. 0% processed.\n.more text 50% processed.\n.|\nDone.\n");
-  qzosstream out;
-  {
-    QZDotTracer tracer("load", always, out, 5);
-    Dots(tracer, 2);
-  }
-  EXPECT_EQ(out.str(), "load. 0% processed.\n.\nDone.\n");
-}
-
+// A tracer made while the clock fails believes that decades have passed, which counts in seconds of the clock. After
+// the first dot they haven't.
 TEST(DotTracer, NoDotIsPrintedBeforeItsTime) {
+  using Fault = SystemCalls::ScheduledFault;
+  auto broken = std::make_unique<Fault>(SystemCalls::Call::Clock, 1, SystemCalls::Fault::Fail(EIO), true);
   qzosstream out;
-  {
-    QZDotTracer tracer(never, out, 50);
-    Dots(tracer, 3);
-    tracer.SetProgress(50.0);
-    tracer.Pop();
-  }
-  EXPECT_EQ(out.str(), "Done.\n");
-}
-
-// A tracer made while the clock fails believes that decades have passed, which counts in seconds of the clock.
-TEST(DotTracer, ALongWaitCountsByTheClock) {
-  qzosstream out;
-  {
-    auto broken =
-        std::make_unique<SystemCalls::ScheduledFault>(SystemCalls::Call::Clock, 1, SystemCalls::Fault::Fail(EIO), true);
-    QZDotTracer tracer(never, out, 50);
-    broken.reset();
-    Dots(tracer, 3);
-  }
+  auto tracer = std::make_unique<QZDotTracer>(never, out, 50);
+  broken.reset();
+  fourDots(*tracer);
+  tracer.reset();
   EXPECT_EQ(out.str(), ".Done.\n");
 }
 
