@@ -24,19 +24,13 @@ namespace QZPlatform {
 class CommaLocale {
  public:
   CommaLocale() {
-    const char* before = std::getenv("LOCPATH");
-    oldPath = before == nullptr ? "" : before;
-    for (const char* known : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) {
-      if (Use(known)) return;
-    }
-    if (Make()) Use("comma");
+    if (!Use("de_DE.UTF-8") && !Use("fr_FR.UTF-8") && Make()) Use("comma");
   }
   ~CommaLocale() {
     std::setlocale(LC_NUMERIC, "C");
     if (directory.empty()) return;
-    std::error_code ignored;
-    std::filesystem::remove_all(directory, ignored);
-    oldPath.empty() ? unsetenv("LOCPATH") : setenv("LOCPATH", oldPath.c_str(), 1);
+    std::filesystem::remove_all(directory);
+    unsetenv("LOCPATH");
   }
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
@@ -57,7 +51,7 @@ class CommaLocale {
   // decimal point.
   bool Make() {
     std::ifstream in("/usr/lib/locale/C.utf8/LC_NUMERIC", std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
     std::uint32_t first = 0;
     if (bytes.size() < 12) return false;
     std::memcpy(&first, bytes.data() + 8, sizeof first);
@@ -72,7 +66,6 @@ class CommaLocale {
   }
 
   std::string name;
-  std::string oldPath;
   std::string directory;
 };
 

@@ -1,12 +1,10 @@
 #include "qz/platform/compress.h"
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <random>
-#include <string>
+#include "streamtest.h"
 
-using namespace QZPlatform;
+using namespace streamtest;
 
 namespace {
 
@@ -25,39 +23,22 @@ std::string Unpack(const std::string& packed, std::size_t size) {
   return out;
 }
 
-std::string Noise(std::size_t size) {
-  std::mt19937 random(1);
-  std::string text(size, '\0');
-  for (char& each : text) each = static_cast<char>(random());
-  return text;
-}
-
 }  // namespace
 
 TEST(QZCompress, GivesOneGzipMemberWithoutNameOrTime) {
-  const std::string texts[] = {"", "a", std::string(1000000, 'x'), Noise(65535), Noise(65536), Noise(300000)};
-  for (const std::string& text : texts) {
-    std::string packed = "old";
-    ASSERT_TRUE(QZCompress(packed, text.data(), text.size(), "gz")) << text.size();
+  for (const std::string& text :
+       {std::string(), std::string(1000000, 'x'), Bytes(1), Bytes(65535), Bytes(65536), Bytes(300000)}) {
+    std::string packed = text;  // the input may lie in the output
+    ASSERT_TRUE(QZCompress(packed, packed.data(), packed.size(), "gz")) << text.size();
     EXPECT_EQ(packed.substr(0, 8), std::string("\x1F\x8B\x08\0\0\0\0\0", 8)) << text.size();
     EXPECT_TRUE(Unpack(packed, text.size()) == text) << text.size();
   }
 }
 
-TEST(QZCompress, TheInputMayLieInTheOutput) {
-  const std::string text = Noise(100000);
-  std::string both = text;
-  ASSERT_TRUE(QZCompress(both, both.data(), both.size(), "gz"));
-  EXPECT_TRUE(Unpack(both, text.size()) == text);
-}
-
 TEST(QZCompress, AnUnknownFormatGivesNothing) {
-  for (const char* format : {"", "g", "GZ", "gzip", "bz2"}) {
+  for (const char* format : {static_cast<const char*>(nullptr), "", "g", "GZ", "gzip", "bz2"}) {
     std::string packed = "old";
     EXPECT_FALSE(QZCompress(packed, "text", 4, format)) << format;
     EXPECT_EQ(packed, "") << format;
   }
-  std::string packed = "old";
-  EXPECT_FALSE(QZCompress(packed, "text", 4, nullptr));
-  EXPECT_EQ(packed, "");
 }

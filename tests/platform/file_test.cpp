@@ -1,45 +1,36 @@
 #include "qz/platform/file.h"
 
-#include <unistd.h>
-
 #include "streamtest.h"
 
-namespace {
-
-using namespace QZPlatform;
+using namespace streamtest;
 
 TEST(File, TellsWhatIsThere) {
-  streamtest::Folder folder;
+  const Folder folder;
   const std::string file = folder.File("five", "12345");
-  ASSERT_EQ(::symlink("five", (folder / "link").c_str()), 0);
-  ASSERT_EQ(::symlink("nothing", (folder / "dangling").c_str()), 0);
-  struct Case {
+  std::filesystem::create_symlink("five", folder / "link");
+  std::filesystem::create_symlink("nothing", folder / "dangling");
+  const struct {
     std::string path;
     bool exists;
     unsigned long size;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {file, true, 5},
       {folder / "link", true, 5},
-      {folder.File("empty", ""), true, 0},
       {folder / "dangling", false, 0},
-      {folder / "nothing", false, 0},
       {folder.path, true, 0},
-      {file + "/below", false, 0},
       {"/dev/null", true, 0},
+      {file + "/below", false, 0},
       {"", false, 0},
       {file + std::string("\0x", 2), false, 0},
   };
-  for (const Case& each : cases) {
-    EXPECT_EQ(QZFile(each.path).Exists(), each.exists) << each.path;
-    EXPECT_EQ(QZFile(each.path).Size(), each.size) << each.path;
+  for (const auto& [path, exists, size] : cases) {
+    EXPECT_EQ(QZFile(path).Exists(), exists) << path;
+    EXPECT_EQ(QZFile(path).Size(), size) << path;
   }
 }
 
 TEST(File, TheNameFollowsTheLastSeparator) {
   const std::pair<const char*, const char*> cases[] = {
-      {"/a/b.tar.gz", "b.tar.gz"}, {"b", "b"}, {"a/", ""}, {"/", ""}, {"", ""}, {"./.x", ".x"}, {"a\\b", "a\\b"}};
+      {"/a/b.tar.gz", "b.tar.gz"}, {"b", "b"}, {"a/", ""}, {"", ""}, {"a\\b", "a\\b"}};
   for (const auto& [path, name] : cases) EXPECT_EQ(QZFileDetermineName(path), name) << path;
 }
-
-}  // namespace

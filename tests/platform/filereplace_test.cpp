@@ -1,120 +1,84 @@
 #include "qz/platform/filereplace.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-
-#include "qz/platform/syscalls_impl.h"
 #include "streamtest.h"
+#include "tests/platform/childstatus.h"
 
 namespace {
 
-using namespace QZPlatform;
-using streamtest::Content;
-using streamtest::Folder;
-using SystemCalls::Call;
-using SystemCalls::Fault;
-using SystemCalls::ScheduledFault;
+using namespace streamtest;
+namespace fs = std::filesystem;
 
-int entries(const Folder& folder) {
-  DIR* const directory = ::opendir(folder.path.c_str());
-  int count = -2;  // itself and its parent
-  while (::readdir(directory)) ++count;
-  ::closedir(directory);
-  return count;
-}
+long Entries(const Folder& folder) { return std::distance(fs::directory_iterator(folder.path), {}); }
 
-mode_t permissions(const std::string& path) {
-  struct stat status = {};
-  EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-  return status.st_mode & 07777;
-}
-
-bool replace(const std::string& path, const std::string& content) {
+bool Replace(const std::string& path, const std::string& content) {
   QZFileReplacement file(path);
   file.Out() << content;
   return file.Commit();
 }
 
-TEST(FileReplace, TheFileAppearsWhenItIsWhole) {
-  Folder folder;
-  QZFileReplacement file(folder / "a");
-  file.Out() << std::string(100000, 'x');
-  EXPECT_NE(::access((folder / "a").c_str(), F_OK), 0);
-  EXPECT_TRUE(file.Commit());
-  EXPECT_TRUE(file.Commit());
-  file.Abandon();
-  EXPECT_EQ(Content(folder / "a"), std::string(100000, 'x'));
-  EXPECT_EQ(entries(folder), 1);
-}
-
-TEST(FileReplace, TheOldFileStaysUntilThen) {
-  Folder folder;
-  folder.File("a", "old");
-  {
+TEST(FileReplace, TheNewFileTakesTheNameWhenItIsWhole) {
+  for (const char* old : {"", "old"}) {
+    Folder folder;
+    if (*old) folder.File("a", old);
+    const long before = Entries(folder);
+    { QZFileReplacement(folder / "a").Out() << "abandoned" << qzendl; }
+    EXPECT_EQ(Entries(folder), before);
     QZFileReplacement file(folder / "a");
-    file.Out() << "new" << qzendl;
-    EXPECT_EQ(Content(folder / "a"), "old");
+    file.Out() << std::string(100000, 'x') << qzendl;
+    EXPECT_EQ(Entries(folder), before + 1);
+    EXPECT_EQ(Content(folder / "a"), old);
+    EXPECT_TRUE(file.Commit());
+    EXPECT_TRUE(file.Commit());
+    file.Abandon();
+    EXPECT_EQ(Content(folder / "a"), std::string(100000, 'x') + "\n");
+    EXPECT_EQ(Entries(folder), 1);
   }
-  EXPECT_EQ(Content(folder / "a"), "old");
-  EXPECT_EQ(entries(folder), 1);
-  EXPECT_TRUE(replace(folder / "a", "new"));
-  EXPECT_EQ(Content(folder / "a"), "new");
 }
 
 TEST(FileReplace, TakesThePermissionsOfTheOldFile) {
   Folder folder;
-  for (mode_t mode : {0600U, 0644U, 0755U, 0660U}) {
-    folder.File("a", "old");
-    ASSERT_EQ(::chmod((folder / "a").c_str(), mode), 0);
-    EXPECT_TRUE(replace(folder / "a", "new"));
-    EXPECT_EQ(permissions(folder / "a"), mode);
-  }
+  const auto permissions = [&] { return static_cast<unsigned>(fs::status(folder / "a").permissions()); };
   const mode_t mask = ::umask(027);
-  EXPECT_TRUE(replace(folder / "b", "new"));
+  EXPECT_TRUE(Replace(folder / "a", "new"));
   ::umask(mask);
-  EXPECT_EQ(permissions(folder / "b"), 0640U);
+  EXPECT_EQ(permissions(), 0640U);
+  for (const unsigned mode : {0600U, 0755U, 0660U}) {
+    fs::permissions(folder / "a", fs::perms(mode));
+    EXPECT_TRUE(Replace(folder / "a", "new"));
+    EXPECT_EQ(permissions(), mode);
+  }
 }
 
 TEST(FileReplace, ALinkStaysALink) {
   Folder folder;
   folder.File("a", "old");
   for (const char* to : {"a", "new"}) {
-    ::unlink((folder / "link").c_str());
-    ASSERT_EQ(::symlink(to, (folder / "link").c_str()), 0);
-    EXPECT_TRUE(replace(folder / "link", "content"));
-    EXPECT_EQ(Content(folder / to), "content") << to;
-    std::string said;
-    EXPECT_TRUE(SystemCalls::ReadLink((folder / "link").c_str(), said));
-    EXPECT_EQ(said, to);
+    fs::remove(folder / "link");
+    fs::create_symlink(to, folder / "link");
+    EXPECT_TRUE(Replace(folder / "link", "content"));
+    EXPECT_EQ(Content(folder / to), "content");
+    EXPECT_EQ(fs::read_symlink(folder / "link"), to);
   }
-  ASSERT_EQ(::symlink("round", (folder / "round").c_str()), 0);
-  QZFileReplacement file(folder / "round");
-  EXPECT_TRUE(file.Out().eof());
-  EXPECT_EQ(file.Error(), ELOOP);
-  EXPECT_FALSE(file.Commit());
 }
 
 TEST(FileReplace, WhatIsNoRegularFileIsWrittenDirectly) {
-  EXPECT_TRUE(replace("/dev/null", "x"));
+  EXPECT_TRUE(Replace("/dev/null", "x"));
   QZFileReplacement file("/dev/full");
   file.Out() << "x";
   EXPECT_FALSE(file.Commit());
   EXPECT_EQ(file.Error(), ENOSPC);
-  struct stat status = {};
-  EXPECT_EQ(::stat("/dev/full", &status), 0);
-  EXPECT_TRUE(S_ISCHR(status.st_mode));
+  EXPECT_TRUE(fs::is_character_file("/dev/full"));
 }
 
 TEST(FileReplace, WhatCannotBeMadeSaysWhy) {
   Folder folder;
-  const std::pair<std::string, int> cases[] = {
-      {folder.path, EISDIR}, {folder / "no/such", ENOENT}, {folder / std::string("a\0b", 3), ENOENT}};
+  fs::create_symlink("round", folder / "round");
+  const std::pair<std::string, int> cases[] = {{folder.path, EISDIR},
+                                               {folder / "no/such", ENOENT},
+                                               {folder / std::string("a\0b", 3), ENOENT},
+                                               {folder / "round", ELOOP}};
   for (const auto& [path, number] : cases) {
     QZFileReplacement file(path);
     EXPECT_TRUE(file.Out().eof()) << path;
@@ -122,56 +86,39 @@ TEST(FileReplace, WhatCannotBeMadeSaysWhy) {
     EXPECT_EQ(file.Error(), number) << path;
     EXPECT_FALSE(file.Commit()) << path;
   }
-  EXPECT_EQ(entries(folder), 0);
+  EXPECT_EQ(Entries(folder), 1);
 }
 
-// Whichever call fails, either the new file is there whole or the old one is, and nothing else.
-TEST(FileReplace, AnyFailureLeavesTheOldFileAlone) {
+TEST(FileReplace, WhicheverCallFailsTheOldFileStaysOrTheNewOneIsWhole) {
   Folder folder;
   const std::string content(100000, 'n');
-  folder.File("a", "old");
-  unsigned long calls = 0;
-  {
-    ScheduledFault counting(Call::Any, 0, Fault::None());
-    EXPECT_TRUE(replace(folder / "a", content));
-    calls = counting.Count();
-  }
-  for (unsigned long nth = 1; nth <= calls; ++nth) {
+  bool met = true;
+  for (unsigned long nth = 1; met; ++nth) {
     folder.File("a", "old");
     bool done = false;
     {
       ScheduledFault scheduled(Call::Any, nth, Fault::Fail(EIO));
-      done = replace(folder / "a", content);
+      done = Replace(folder / "a", content);
+      met = scheduled.Count() >= nth;
     }
+    EXPECT_TRUE(done || met) << nth;
     EXPECT_EQ(Content(folder / "a"), done ? content : "old") << nth;
-    EXPECT_EQ(entries(folder), 1) << nth;
+    EXPECT_EQ(Entries(folder), 1) << nth;
   }
 }
 
-TEST(FileReplace, TheExitOfTheProcessRemovesWhatIsUnderWay) {
-  Folder folder;
-  std::fflush(nullptr);  // or the child would write it too
-  const pid_t child = ::fork();
-  if (child == 0) {
-    auto* const file = new QZFileReplacement(folder / "a");
-    file->Out() << "part" << qzendl;
-    std::exit(entries(folder) == 1 ? 0 : 1);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(entries(folder), 0);
-}
-
-TEST(FileReplace, AChildLeavesItsParentsFileAlone) {
+TEST(FileReplace, TheExitOfTheProcessRemovesWhatIsItsOwn) {
   Folder folder;
   QZFileReplacement file(folder / "a");
   file.Out() << "content" << qzendl;
-  std::fflush(nullptr);  // or the child would write it too
-  const pid_t child = ::fork();
-  if (child == 0) std::exit(0);
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(StatusOfChild([&] {
+              auto* const inChild = new QZFileReplacement(folder / "b");
+              inChild->Out() << "part" << qzendl;
+              std::exit(Entries(folder) == 2 ? 0 : 1);
+              return 2;
+            }),
+            0);
+  EXPECT_EQ(Entries(folder), 1);
   EXPECT_TRUE(file.Commit());
   EXPECT_EQ(Content(folder / "a"), "content\n");
 }

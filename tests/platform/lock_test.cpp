@@ -1,34 +1,49 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <thread>
 
+#include "qz/platform/bufferpool.h"
 #include "qz/platform/lock_impl.h"
+#include "qz/platform/stream.h"
 #include "qz/platform/threadlocal.h"
 #include "tests/platform/childstatus.h"
 
 using namespace QZPlatform;
 
+namespace {
+
+// While a thread does the one over and over, the process forks, and each child finds the other true.
+template <class Work, class InChild>
+void ExpectForksDuring(Work work, InChild inChild) {
+  std::atomic<bool> stop{false};
+  std::thread thread([&] {
+    while (!stop) work();
+  });
+  int sound = 0;
+  for (int round = 0; round < 50 && sound == round; ++round)
+    sound += StatusOfChild([&] { return inChild() ? 0 : 1; }) == 0;
+  stop = true;
+  thread.join();
+  EXPECT_EQ(sound, 50);
+}
+
+}  // namespace
+
 TEST(ForkSafeMutex, AChildFindsItFreeAndWhatItGuardsWhole) {
   ForkSafeMutex mutex{LockRank::Service};
   int first = 0;
   int second = 0;
-  std::atomic<bool> halfway{false};
-  std::thread thread([&] {
+  const auto change = [&] {
     const ForkSafeLock lock(mutex);
-    first = 1;
-    halfway = true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    second = 1;
+    ++first;
+    std::this_thread::yield();
+    ++second;
+  };
+  ExpectForksDuring(change, [&] {
+    const ForkSafeLock lock(mutex);
+    return first == second;
   });
-  while (!halfway) std::this_thread::yield();
-  EXPECT_EQ(StatusOfChild([&] {
-              const ForkSafeLock lock(mutex);
-              return first == second ? 0 : 1;
-            }),
-            0);
-  thread.join();
 }
 
 TEST(ForkSafeMutex, AForkWaitsInTheOrderInWhichThreadsNestTheLocks) {
@@ -36,35 +51,23 @@ TEST(ForkSafeMutex, AForkWaitsInTheOrderInWhichThreadsNestTheLocks) {
   ForkSafeMutex inner{LockRank::Platform};
   ForkSafeMutex outer{LockRank::Service};
   ForkSafeMutex middle{LockRank::Report};
-  std::atomic<bool> stop{false};
-  std::thread thread([&] {
-    while (!stop) {
-      const ForkSafeLock service(outer);
-      const ForkSafeLock report(middle);
-      const ForkSafeLock platform(inner);
-    }
-  });
-  for (int round = 0; round < 50; ++round) {
-    ASSERT_EQ(StatusOfChild([&] {
-                const ForkSafeLock service(outer);
-                const ForkSafeLock platform(inner);
-                return 0;
-              }),
-              0);
-  }
-  stop = true;
-  thread.join();
+  const auto nest = [&] {
+    const ForkSafeLock service(outer);
+    const ForkSafeLock report(middle);
+    const ForkSafeLock platform(inner);
+    return true;
+  };
+  ExpectForksDuring(nest, nest);
 }
 
 TEST(ForkSafeMutex, AChildCanUsePerThreadValuesWhileOthersTouchThem) {
   QZThreadLocal<int> values;
-  std::atomic<bool> stop{false};
-  std::thread thread([&] {
-    while (!stop) std::thread([&] { values.Get(); }).join();
-  });
-  for (int round = 0; round < 20; ++round) {
-    ASSERT_EQ(StatusOfChild([&] { return QZThreadLocal<int>().Get() + values.Get(); }), 0);
-  }
-  stop = true;
-  thread.join();
+  ExpectForksDuring([&] { std::thread([&] { values.Get(); }).join(); },
+                    [&] { return QZThreadLocal<int>().Get() == values.Get(); });
+}
+
+TEST(ForkSafeMutex, AChildCanTakeBuffersWhileOthersDo) {
+  auto& pool = qzstream::GetBufferCache();
+  const auto use = [&] { return pool.ReleaseBuffer(pool.GetBuffer()), true; };
+  ExpectForksDuring(use, use);
 }

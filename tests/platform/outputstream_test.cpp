@@ -1,6 +1,5 @@
 #include "qz/platform/outputstream.h"
 
-#include <cerrno>
 #include <limits>
 
 #include "qz/platform/memorystream.h"
@@ -8,17 +7,16 @@
 
 namespace {
 
-using namespace QZPlatform;
+using namespace streamtest;
 
 // Takes so many bytes and then no more.
 class LimitedStream : public qzostream {
  public:
-  explicit LimitedStream(unsigned long most) : room(most) { open("limited"); }
+  explicit LimitedStream(unsigned long most = ~0UL) : room(most) { open("limited"); }
 
   bool _qzopen(const char*) override { return true; }
   bool _qzclose() override { return closes; }
   unsigned long _qzwrite(const unsigned char* bytes, unsigned long count) override {
-    ++calls;
     const unsigned long taken = std::min(count, room - content.size());
     content.append(reinterpret_cast<const char*>(bytes), taken);
     return taken;
@@ -27,7 +25,6 @@ class LimitedStream : public qzostream {
 
   unsigned long room;
   std::string content;
-  int calls = 0;
   bool closes = true;
   bool flushes = true;
 };
@@ -39,29 +36,23 @@ std::string inserted(const T& value) {
   return out.str();
 }
 
-TEST(OutputStream, InsertsTheShortestTextThatReadsBack) {
-  EXPECT_EQ(inserted(0.1), "0.1");
-  EXPECT_EQ(inserted(0.1F), "0.1");
-  EXPECT_EQ(inserted(1e300), "1e+300");
-  EXPECT_EQ(inserted(-0.0), "-0");
-  for (double value : {1.0 / 3, 5e-324, 1.7976931348623157e308, 123456789.125, -2.5e-9}) {
-    qzisstream in;
-    in.set(inserted(value));
-    double back = 0;
-    in >> back;
-    EXPECT_EQ(back, value);
-  }
+template <class Integer>
+void expectLimitsInserted() {
+  for (const Integer value : {std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max()})
+    EXPECT_EQ(inserted(value), std::to_string(value));
 }
 
-TEST(OutputStream, InsertsIntegersBoolsAndBytes) {
-  EXPECT_EQ(inserted(std::numeric_limits<short>::min()), "-32768");
-  EXPECT_EQ(inserted(std::numeric_limits<unsigned short>::max()), "65535");
-  EXPECT_EQ(inserted(std::numeric_limits<int>::min()), "-2147483648");
-  EXPECT_EQ(inserted(std::numeric_limits<unsigned int>::max()), "4294967295");
-  EXPECT_EQ(inserted(std::numeric_limits<long>::min()), "-9223372036854775808");
-  EXPECT_EQ(inserted(std::numeric_limits<unsigned long>::max()), "18446744073709551615");
-  EXPECT_EQ(inserted(-1LL), "-1");
-  EXPECT_EQ(inserted(18446744073709551615ULL), "18446744073709551615");
+TEST(OutputStream, InsertsNumbersAndBytes) {
+  expectLimitsInserted<short>();
+  expectLimitsInserted<unsigned short>();
+  expectLimitsInserted<int>();
+  expectLimitsInserted<unsigned int>();
+  expectLimitsInserted<long>();
+  expectLimitsInserted<unsigned long>();
+  expectLimitsInserted<long long>();
+  expectLimitsInserted<unsigned long long>();
+  EXPECT_EQ(inserted(0.1) + inserted(0.1F), "0.10.1");
+  EXPECT_EQ(inserted(1e300), "1e+300");
   EXPECT_EQ(inserted(true) + inserted(false), "10");
   EXPECT_EQ(inserted('a') + inserted(static_cast<signed char>('b')) + inserted(static_cast<unsigned char>('c')), "abc");
 }
@@ -71,25 +62,6 @@ TEST(OutputStream, InsertsTextWithItsZeros) {
   EXPECT_EQ(inserted(std::string_view("a\0b", 3)), std::string("a\0b", 3));
   EXPECT_EQ(inserted("text"), "text");
   EXPECT_EQ(inserted(static_cast<const char*>(nullptr)), "");
-  qzosstream out;
-  EXPECT_EQ(out.write(std::string("\0\0", 2)), 2U);
-  out << qzendl << qzflush;
-  EXPECT_EQ(out.str(), std::string("\0\0\n", 3));
-}
-
-TEST(OutputStream, PassesOnEveryByteInOrder) {
-  const std::string bytes = streamtest::Bytes(300000);
-  for (unsigned long step : {1UL, 1000UL, 32767UL, 32768UL, 32769UL, 100000UL}) {
-    LimitedStream out(~0UL);
-    for (unsigned long at = 0; at < bytes.size(); at += step) {
-      const unsigned long count = std::min(step, bytes.size() - at);
-      ASSERT_EQ(out.write(bytes.data() + at, count), count) << "step " << step;
-      ASSERT_EQ(out.tell(), at + count) << "step " << step;
-    }
-    EXPECT_TRUE(out.close());
-    EXPECT_EQ(out.content, bytes) << "step " << step;
-    EXPECT_LE(out.calls, 20) << "step " << step;
-  }
 }
 
 TEST(OutputStream, AFailedWriteStaysUntilOpen) {
@@ -102,8 +74,7 @@ TEST(OutputStream, AFailedWriteStaysUntilOpen) {
     out.room = ~0UL;
     EXPECT_EQ(out.write("a", 1), 0U) << room;
     EXPECT_FALSE(out.flush()) << room;
-    EXPECT_FALSE(out.close()) << room;
-    EXPECT_FALSE(out.close()) << room;
+    for (int time : {1, 2}) EXPECT_FALSE(out.close()) << room << ", time " << time;
     EXPECT_EQ(out.content.size(), room);
     out.open("again");
     EXPECT_FALSE(out.failed() || out.eof());
@@ -122,26 +93,21 @@ TEST(OutputStream, ALargeWriteTellsHowMuchWasTaken) {
 }
 
 TEST(OutputStream, FlushAndCloseTellOfTheSink) {
-  LimitedStream out(~0UL);
-  out << "a";
-  EXPECT_TRUE(out.flush());
-  EXPECT_EQ(out.content, "a");
+  LimitedStream out;
+  out << "a" << qzendl << "b" << qzflush;
+  EXPECT_EQ(out.content, "a\nb");
   out.flushes = false;
   EXPECT_FALSE(out.flush());
   EXPECT_EQ(out.write("b", 1), 0U);
 
-  LimitedStream closing(~0UL);
+  LimitedStream closing;
   closing.closes = false;
   EXPECT_FALSE(closing.close());
-}
-
-TEST(OutputStream, AClosedStreamTakesNothing) {
-  LimitedStream out(~0UL);
-  EXPECT_TRUE(out.close());
-  EXPECT_TRUE(out.close());
-  EXPECT_TRUE(out.eof());
-  EXPECT_EQ(out.write("a", 1), 0U);
-  EXPECT_EQ(out.error(), EBADF);
+  LimitedStream closed;
+  for (int time : {1, 2}) EXPECT_TRUE(closed.close()) << time;
+  EXPECT_TRUE(closed.eof());
+  EXPECT_EQ(closed.write("a", 1), 0U);
+  EXPECT_EQ(closed.error(), EBADF);
 }
 
 }  // namespace

@@ -1,22 +1,17 @@
 #include "qz/platform/standardstream.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <functional>
 
 #include "qz/platform/memorystream.h"
-#include "qz/platform/syscalls_impl.h"
 #include "streamtest.h"
+#include "tests/platform/childstatus.h"
 
 namespace {
 
-using namespace QZPlatform;
-using SystemCalls::Call;
-using SystemCalls::Fault;
-using SystemCalls::ScheduledFault;
+using namespace streamtest;
 
 // Comes before all other static objects of the program and goes after them.
 struct Outermost {
@@ -35,106 +30,78 @@ struct Outermost {
 };
 Outermost outermost __attribute__((init_priority(102)));
 
+enum End { exits, dies };
+constexpr int both = 3;
+
 // Runs the function in a child with the descriptor going to a file, and returns what the file holds then.
-std::string written(int descriptor, const std::function<void()>& run, bool throughExit = true) {
-  streamtest::Folder folder;
-  const std::string path = folder / "out";
+std::string written(int descriptor, End end, const std::function<void()>& run) {
+  const Folder folder;
   qzout.flush();
   std::fflush(nullptr);  // or the child would write it too
-  const pid_t child = ::fork();
-  if (child == 0) {
-    const int file = ::open(path.c_str(), O_CREAT | O_WRONLY | O_APPEND, 0600);
-    for (int each = 1; each <= 2; ++each)
-      if (descriptor == each || descriptor == 3) ::dup2(file, each);
-    run();
-    if (throughExit) std::exit(0);
-    ::_exit(0);
-  }
-  int status = -1;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  return streamtest::Content(path);
+  EXPECT_EQ(StatusOfChild([&] {
+              const int file = ::open((folder / "out").c_str(), O_CREAT | O_WRONLY | O_APPEND, 0600);
+              for (int each : {1, 2}) {
+                if (descriptor == each || descriptor == both) ::dup2(file, each);
+              }
+              run();
+              if (end == exits) std::exit(0);
+              return 0;
+            }),
+            0);
+  return Content(folder / "out");
 }
 
-TEST(StandardStream, StreamsWorkBeforeMain) { EXPECT_EQ(outermost.early, "made 1"); }
-
-TEST(StandardStream, OutputIsFlushedAtExit) {
-  EXPECT_EQ(written(1, [] { qzout << "a" << 1 << std::string(40000, 'x'); }), "a1" + std::string(40000, 'x'));
+TEST(StandardStream, StreamsWorkBeforeMainAndUntilTheLastDestructor) {
+  EXPECT_EQ(outermost.early, "made 1");
+  const auto arm = [] {
+    outermost.armed = true;
+    qzout << "first, ";
+  };
+  EXPECT_EQ(written(both, exits, arm), "first, from the last destructor; error too");
 }
 
-TEST(StandardStream, BlocksOfAnySizeGoOutInOrder) {
+TEST(StandardStream, OutputWaitsForTheFlush) {
+  EXPECT_EQ(written(1, dies, [] { qzout << "a\nb"; }), "");
+  EXPECT_EQ(written(1, dies, [] { qzout << "a" << qzendl << "b"; }), "a\n");
   for (unsigned long size : {32766UL, 32767UL, 32768UL, 32769UL, 65536UL}) {
     const std::string block = std::string(size, 'x');  // without a line end
-    EXPECT_EQ(written(1, [&] { qzout << "a" << block << "b" << block << "c"; }), "a" + block + "b" + block + "c")
+    EXPECT_TRUE(written(1, exits, [&] { qzout << "a" << block << "b" << block << 1; }) ==
+                "a" + block + "b" + block + "1")
         << size;
   }
 }
 
-TEST(StandardStream, OutputWaitsForTheFlush) {
-  EXPECT_EQ(written(
-                1, [] { qzout << "a\nb"; }, false),
-            "");
-  EXPECT_EQ(written(
-                1, [] { qzout << "a" << qzendl << "b"; }, false),
-            "a\n");
-}
-
 TEST(StandardStream, ErrorsGoOutByTheLine) {
-  EXPECT_EQ(written(
-                2, [] { qzerr << "Warning: " << 5 << '\n'
-                              << "held"; }, false),
+  const std::string line = std::string(70000, 'x') + '\n';
+  EXPECT_EQ(written(2, dies,
+                    [] {
+                      qzerr << "Warning: " << 5 << "\n"
+                            << "held";
+                    }),
             "Warning: 5\n");
-  EXPECT_EQ(written(
-                2, [] { qzerr << "dot" << qzflush; }, false),
-            "dot");
-  EXPECT_EQ(written(2, [] { qzerr << "held"; }), "held");
-  const std::string line(70000, 'x');
-  EXPECT_EQ(written(
-                2, [&] { qzerr << "a" << line << '\n'
-                               << "b" << (line + "\n"); }, false),
-            "a" + line + "\nb" + line + "\n");
+  EXPECT_EQ(written(2, dies, [] { qzerr << "dot" << qzflush; }), "dot");
+  EXPECT_EQ(written(2, exits, [] { qzerr << "held"; }), "held");
+  EXPECT_TRUE(written(2, dies, [&] { qzerr << "a" << line << "b" << line; }) == "a" + line + "b" + line);
 }
 
-TEST(StandardStream, ALineGoesOutInOneCall) {
-  EXPECT_EQ(written(2,
-                    [] {
-                      const ScheduledFault writes(Call::Write, 0, Fault::None());
-                      qzerr << "Warning: "
-                            << "text " << 1.5 << qzendl;
-                      if (writes.Count() != 1) ::_exit(1);
-                    }),
-            "Warning: text 1.5\n");
-}
-
-TEST(StandardStream, TheLastDestructorStillWrites) {
-  EXPECT_EQ(written(3,
-                    [] {
-                      outermost.armed = true;
-                      qzout << "first, ";
-                    }),
-            "first, from the last destructor; error too");
+TEST(StandardStream, ALineGoesOutInOneCallAndTellCountsWhatIsHeld) {
+  const auto run = [] {
+    const ScheduledFault writes(Call::Write, 0, Fault::None());
+    const unsigned long before = qzerr.tell();
+    qzerr << "Warning: "
+          << "text " << 1.5 << qzendl;
+    if (writes.Count() != 1 || qzerr.tell() != before + 18) ::_exit(1);
+  };
+  EXPECT_EQ(written(2, dies, run), "Warning: text 1.5\n");
 }
 
 TEST(StandardStream, AFailureShowsAndStays) {
-  EXPECT_EQ(written(1,
-                    [] {
-                      const ScheduledFault fault(Call::Write, 1, Fault::Fail(ENOSPC));
-                      qzout << "lost";
-                      const bool failed = !qzout.flush() && qzout.error() == ENOSPC && qzout.write("x", 1) == 0;
-                      if (!failed) ::_exit(1);
-                    }),
-            "");
-}
-
-TEST(StandardStream, TellCountsWhatWasWritten) {
-  EXPECT_EQ(written(2,
-                    [] {
-                      const unsigned long before = qzerr.tell();
-                      qzerr << "held"
-                            << "line\n";
-                      if (qzerr.tell() != before + 9) ::_exit(1);
-                    }),
-            "heldline\n");
+  const auto run = [] {
+    const ScheduledFault fault(Call::Write, 1, Fault::Fail(ENOSPC));
+    qzout << "lost";
+    if (qzout.flush() || qzout.error() != ENOSPC || qzout.write("x", 1) != 0) ::_exit(1);
+  };
+  EXPECT_EQ(written(1, exits, run), "");
 }
 
 }  // namespace

@@ -3,20 +3,29 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qz/platform/stream.h"
+#include "qz/platform/syscalls_impl.h"
 
 /// What the tests of the streams share.
 namespace streamtest {
 
+using namespace QZPlatform;
+using SystemCalls::Call;
+using SystemCalls::Fault;
+using SystemCalls::ScheduledFault;
+
 /// Gives its text in blocks of so many bytes, tells its end only by a fill that fails, and can't seek: a source as
 /// others write one.
-class ChunkedStream : public QZPlatform::qzistream {
+class ChunkedStream : public qzistream {
  public:
   ChunkedStream(std::string content, unsigned long chunk) : text(std::move(content)), step(chunk) { atEnd = false; }
 
@@ -38,16 +47,18 @@ class ChunkedStream : public QZPlatform::qzistream {
   unsigned long next = 0;
 };
 
+/// What a stream still holds.
+inline std::string Rest(qzistream& in) {
+  std::string text;
+  in.read(text);
+  return text;
+}
+
 /// A folder of its own for one test.
 class Folder {
  public:
-  Folder() {
-    std::string name = testing::TempDir() + "/qzXXXXXX";
-    path = ::mkdtemp(name.data());
-  }
-  ~Folder() {
-    if (std::system(("rm -rf '" + path + "'").c_str()) != 0) ADD_FAILURE() << path << " stays";
-  }
+  Folder() { path = ::mkdtemp((testing::TempDir() + "/qzXXXXXX").data()); }
+  ~Folder() { std::filesystem::remove_all(path); }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
 
@@ -83,8 +94,7 @@ class Pipe {
     if (::pipe(ends) != 0) ADD_FAILURE() << "no pipe";
   }
   ~Pipe() {
-    CloseRead();
-    CloseWrite();
+    for (const int end : ends) ::close(end);
   }
   Pipe(const Pipe&) = delete;
   Pipe& operator=(const Pipe&) = delete;
@@ -94,15 +104,9 @@ class Pipe {
   void Give(const std::string& bytes) const {
     ASSERT_EQ(::write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }
-  void CloseRead() { shut(ends[0]); }
-  void CloseWrite() { shut(ends[1]); }
+  void Close(int end) { ::close(std::exchange(ends[end == ends[0] ? 0 : 1], -1)); }
 
  private:
-  static void shut(int& end) {
-    if (end >= 0) ::close(end);
-    end = -1;
-  }
-
   int ends[2] = {-1, -1};
 };
 

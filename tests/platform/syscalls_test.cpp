@@ -4,17 +4,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <vector>
 
 namespace {
 
 using namespace QZPlatform;
 using SystemCalls::Call;
 using SystemCalls::Fault;
-using SystemCalls::Hook;
 using SystemCalls::ScheduledFault;
 
-TEST(SystemCallsUnit, AScheduleMeetsItsCallAndNoOther) {
+TEST(SystemCalls, AScheduleMeetsItsCallAndNoOther) {
   const ScheduledFault fault(Call::Clock, 2, Fault::Fail(EPERM));
   struct stat status = {};
   EXPECT_GE(SystemCalls::Time(), 0);
@@ -26,35 +24,7 @@ TEST(SystemCallsUnit, AScheduleMeetsItsCallAndNoOther) {
   EXPECT_EQ(fault.Count(), 3U);
 }
 
-TEST(SystemCallsUnit, AFaultForGoodStaysUntilItsScheduleGoes) {
-  {
-    const ScheduledFault fault(Call::Status, 2, Fault::Fail(EIO), true);
-    struct stat status = {};
-    EXPECT_EQ(SystemCalls::Status("/", &status), 0);
-    for (int n = 0; n != 3; ++n) EXPECT_EQ(SystemCalls::Status("/", &status), -1);
-  }
-  struct stat status = {};
-  EXPECT_EQ(SystemCalls::Status("/", &status), 0);
-}
-
-TEST(SystemCallsUnit, AHookSeesWhichCallComes) {
-  struct Recorder : Hook {
-    Fault On(Call call) override {
-      seen.push_back(call);
-      return Fault::None();
-    }
-    std::vector<Call> seen;
-  } recorder;
-  Hook* const before = SystemCalls::SetHook(&recorder);
-  const int descriptor = SystemCalls::Open("/dev/null", 0);
-  char byte = 0;
-  SystemCalls::Read(descriptor, &byte, 1);
-  SystemCalls::Close(descriptor);
-  EXPECT_EQ(SystemCalls::SetHook(before), &recorder);
-  EXPECT_EQ(recorder.seen, (std::vector<Call>{Call::Open, Call::Read, Call::Close}));
-}
-
-TEST(SystemCallsUnit, AnInterruptedCallIsRepeatedButNotAClose) {
+TEST(SystemCalls, AnInterruptedCallIsRepeatedButNotAClose) {
   const ScheduledFault opens(Call::Open, 1, Fault::Interrupt());
   const int descriptor = SystemCalls::Open("/dev/null", 0);
   EXPECT_GE(descriptor, 0);
@@ -65,7 +35,7 @@ TEST(SystemCallsUnit, AnInterruptedCallIsRepeatedButNotAClose) {
   ::close(descriptor);
 }
 
-TEST(SystemCallsUnit, CallsThatReturnTheirErrorFailInTheirWay) {
+TEST(SystemCalls, CallsThatReturnTheirErrorFailInTheirWay) {
   const ScheduledFault fault(Call::Any, 1, Fault::Fail(EAGAIN), true);
   pthread_t thread = {};
   EXPECT_EQ(SystemCalls::CreateThread(&thread, nullptr, nullptr, nullptr), EAGAIN);
@@ -75,9 +45,6 @@ TEST(SystemCallsUnit, CallsThatReturnTheirErrorFailInTheirWay) {
   EXPECT_EQ(SystemCalls::Processors(), 0U);
   EXPECT_FALSE(SystemCalls::IsTerminal(0));
   EXPECT_EQ(SystemCalls::TerminalColumns(0), 0U);
-  const std::time_t now = 0;
-  std::tm broken = {};
-  EXPECT_EQ(SystemCalls::LocalTime(&now, &broken), nullptr);
 }
 
 }  // namespace

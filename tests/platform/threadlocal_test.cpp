@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -29,80 +30,6 @@ struct Live {
   static inline std::atomic<int> count{0};
 };
 
-// A step by step exchange with a thread that stays alive.
-class Turns {
- public:
-  void Give(int turn) { present.store(turn); }
-  void Await(int turn) const {
-    while (present.load() < turn) std::this_thread::yield();
-  }
-
- private:
-  std::atomic<int> present{0};
-};
-
-}  // namespace
-
-TEST(QZThreadLocal, EachThreadStartsFromTheDefaultAndSeesItsOwnValue) {
-  QZThreadLocal<std::vector<int>> values;
-  values->push_back(1);
-  InThread([&] {
-    EXPECT_TRUE(values->empty());
-    values->assign(5, 9);
-  });
-  EXPECT_EQ(*values, std::vector<int>{1});
-}
-
-TEST(QZThreadLocal, ManyObjectsKeepTheirValuesApart) {
-  std::vector<QZThreadLocal<int>> values(100);
-  for (int round = 1; round <= 2; ++round) {
-    for (std::size_t each = 0; each < values.size(); ++each) *values[each] += static_cast<int>(each);
-  }
-  for (std::size_t each = 0; each < values.size(); ++each) EXPECT_EQ(*values[each], 2 * static_cast<int>(each)) << each;
-}
-
-TEST(QZThreadLocal, AnObjectAtTheAddressOfAFormerOneStartsAfresh) {
-  std::optional<QZThreadLocal<int>> value;
-  for (int round = 0; round < 50; ++round) {
-    value.emplace();
-    EXPECT_EQ(**value, 0) << "round " << round;
-    **value = 7;
-    value.reset();
-  }
-}
-
-TEST(QZThreadLocal, AThreadThatEndsFreesItsValueAlone) {
-  QZThreadLocal<Live> values;
-  values.Get();
-  InThread([&] {
-    values.Get();
-    EXPECT_EQ(Live::count, 2);
-  });
-  EXPECT_EQ(Live::count, 1);
-}
-
-TEST(QZThreadLocal, AnObjectThatGoesFreesTheValuesOfAllThreads) {
-  auto values = std::make_unique<QZThreadLocal<Live>>();
-  QZThreadLocal<Live> others;
-  Turns turns;
-  std::thread thread([&] {
-    values->Get();
-    turns.Give(1);
-    turns.Await(2);
-    others.Get();  // sweeps what the first object left behind
-  });
-  turns.Await(1);
-  values->Get();
-  EXPECT_EQ(Live::count, 2);
-  values.reset();
-  EXPECT_EQ(Live::count, 0);
-  turns.Give(2);
-  thread.join();
-  EXPECT_EQ(Live::count, 0);
-}
-
-namespace {
-
 // Its values look up values of the same kind while they are made and while they go.
 struct Nested {
   Nested() {
@@ -117,6 +44,54 @@ struct Nested {
 };
 
 }  // namespace
+
+TEST(QZThreadLocal, EachObjectHasAValueForEachThreadWhichStartsFromTheDefault) {
+  std::vector<QZThreadLocal<int>> values(100);
+  const auto addTwice = [&values] {
+    for (int round = 1; round <= 2; ++round) {
+      for (std::size_t each = 0; each < values.size(); ++each) *values[each] += static_cast<int>(each);
+    }
+    for (std::size_t each = 0; each < values.size(); ++each)
+      EXPECT_EQ(*values[each], 2 * static_cast<int>(each)) << each;
+  };
+  addTwice();
+  InThread(addTwice);
+  EXPECT_EQ(*values[7], 14);
+}
+
+TEST(QZThreadLocal, AnObjectAtTheAddressOfAFormerOneStartsAfresh) {
+  std::optional<QZThreadLocal<int>> value;
+  for (int round = 0; round < 50; ++round) {
+    value.emplace();
+    EXPECT_EQ(**value, 0) << "round " << round;
+    **value = 7;
+    value.reset();
+  }
+}
+
+TEST(QZThreadLocal, AnEndingThreadFreesItsValueAndAnEndingObjectThoseOfAllThreads) {
+  auto values = std::make_unique<QZThreadLocal<Live>>();
+  QZThreadLocal<Live> others;
+  std::promise<void> made, gone;
+  std::thread thread([&] {
+    values->Get();
+    made.set_value();
+    gone.get_future().wait();
+    others.Get();  // sweeps what the first object left behind
+  });
+  made.get_future().wait();
+  values->Get();
+  InThread([&] {
+    values->Get();
+    EXPECT_EQ(Live::count, 3);
+  });
+  EXPECT_EQ(Live::count, 2);
+  values.reset();
+  EXPECT_EQ(Live::count, 0);
+  gone.set_value();
+  thread.join();
+  EXPECT_EQ(Live::count, 0);
+}
 
 TEST(QZThreadLocal, AValueMayLookUpOthersWhileItIsMadeAndWhileItGoes) {
   QZThreadLocal<Nested> outer;
@@ -167,8 +142,7 @@ TEST(QZThreadLocal, ObjectsAndThreadsMayComeAndGoTogether) {
         values->Get();
         ++touched;
         lasting.Get();  // while the first object goes
-        QZThreadLocal<Live> own;
-        own.Get();
+        QZThreadLocal<Live>().Get();
       });
     }
     while (touched < 4) std::this_thread::yield();
