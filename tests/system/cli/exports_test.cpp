@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "qz/platform/memorystream.h"
 #include "qz/system/cli/configure.h"
 #include "qz/system/frame/error.h"
@@ -23,85 +25,28 @@ std::string written(Write write) {
 
 TEST(Exports, WriteJSON) {
   QZInterface itf;
-  configure(itf, R"(!PARAMETER -n
-  !TYPE int
-  !ALIAS -count
-  !DEFAULT 1
-  !LEGAL_RANGE 0 5
-!END
-!CATEGORY Out 3
-  !DETAIL
-a "b" \c
-!END
-)");
-  EXPECT_EQ(written([&](qzostream& out) { return QZWriteJSON(itf, out); }),
-            R"({
-"name" : "",
-"order" : 0,
-"brief" : "",
-"detail" : [],
-"params" : [
-{
-"name" : "-n",
-"order" : 0,
-"type" : "int",
-"list" : false,
-"alias" : ["-count"],
-"default" : ["1"],
-"required" : false,
-"input" : 0,
-"output" : false,
-"visibility" : "normal",
-"keyless" : 0,
-"legal_value" : [],
-"illegal_value" : [],
-"legal_range" : [["0","5"]],
-"illegal_range" : [],
-"element" : "",
-"command" : "",
-"brief" : "",
-"detail" : []
-}],
-"interfaces" : [
-{
-"name" : "Out",
-"order" : 3,
-"brief" : "",
-"detail" : ["a \"b\" \\c"],
-"params" : [
-]}
-]
-}
-)");
+  configure(itf,
+            "!PARAMETER -n\n!TYPE int\n!ALIAS -count\n!DEFAULT 1\n!LEGAL_RANGE 0 5\n!END\n"
+            "!CATEGORY Out 3\n!DETAIL\na \"b\" \\c\n!END\n");
+  std::string text = written([&](qzostream& out) { return QZWriteJSON(itf, out); });
+  std::replace(text.begin(), text.end(), '\n', '|');
+  EXPECT_EQ(text,
+            R"({|"name" : "",|"order" : 0,|"brief" : "",|"detail" : [],|"params" : [|{|"name" : "-n",|"order" : 0,|)"
+            R"("type" : "int",|"list" : false,|"alias" : ["-count"],|"default" : ["1"],|"required" : false,|)"
+            R"("input" : 0,|"output" : false,|"visibility" : "normal",|"keyless" : 0,|"legal_value" : [],|)"
+            R"("illegal_value" : [],|"legal_range" : [["0","5"]],|"illegal_range" : [],|"element" : "",|)"
+            R"("command" : "",|"brief" : "",|"detail" : []|}],|"interfaces" : [|{|"name" : "Out",|"order" : 3,|)"
+            R"("brief" : "",|"detail" : ["a \"b\" \\c"],|"params" : [|]}|]|}|)");
 }
 
 TEST(Exports, WriteHtml) {
   QZInterface itf;
-  configure(itf, R"(!PARAMETER -in
-  !TYPE string
-  !REQUIRED true
-  !SIMPLE true
-  !BRIEF Read by -n times
-!END
-!CATEGORY Out 3
-  !BRIEF What comes out
-  !PARAMETER -n
-    !TYPE int
-    !LIST true
-    !DEFAULT 1
-    !DEFAULT 2
-    !LEGAL_RANGE 0 5
-    !ILLEGAL_VALUE 3
-    !DETAIL
-      See :ref:$this page$a.html$ or -in
-      ab
-  !END
-  !PARAMETER -h
-    !TYPE bool
-    !VISIBILITY hidden
-  !END
-!END
-)");
+  configure(itf,
+            "!PARAMETER -in\n!TYPE string\n!REQUIRED true\n!SIMPLE true\n!BRIEF Read by -n times\n!END\n"
+            "!CATEGORY Out 3\n!BRIEF What comes out\n"
+            "!PARAMETER -n\n!TYPE int\n!LIST true\n!DEFAULT 1\n!DEFAULT 2\n!LEGAL_RANGE 0 5\n!ILLEGAL_VALUE 3\n"
+            "!DETAIL\n  See :ref:$this page$a.html$ or -in\n  ab\n!END\n"
+            "!PARAMETER -h\n!TYPE bool\n!VISIBILITY hidden\n!END\n!END\n");
   EXPECT_EQ(
       written([&](qzostream& out) { return QZWriteHtml(itf, out, "convert", "2.1"); }),
       "<html>\n<head>\n<title> Help for Convert version 2.1\n</title>\n</head>\n<body>\n"
@@ -148,22 +93,10 @@ TEST(Exports, WarnOfNamesThatOccurTwice) {
 
 TEST(Exports, WriteLatexItems) {
   QZInterface itf;
-  configure(itf, R"(!PARAMETER -n
-  !TYPE int
-  !ALIAS -a
-  !ALIAS -b
-  !ALIAS -c
-  !LEGAL_VALUE 1
-  !LEGAL_VALUE 2
-  !ILLEGAL_VALUE 7
-  !LEGAL_RANGE 0 5
-  !ILLEGAL_RANGE 8 9
-  !ILLEGAL_RANGE 11 12
-  !BRIEF How many
-  !DETAIL
-    More
-!END
-)");
+  configure(itf,
+            "!PARAMETER -n\n!TYPE int\n!ALIAS -a\n!ALIAS -b\n!ALIAS -c\n!LEGAL_VALUE 1\n!LEGAL_VALUE 2\n"
+            "!ILLEGAL_VALUE 7\n!LEGAL_RANGE 0 5\n!ILLEGAL_RANGE 8 9\n!ILLEGAL_RANGE 11 12\n!BRIEF How many\n"
+            "!DETAIL\n  More\n!END\n");
   const QZParameter& n = *itf.GetParameter("-n");
   EXPECT_EQ(written([&](qzostream& out) { return QZWriteParameterLatex(n, out); }),
             "\n\\item[\\code{-n}] How many \n\n\\begin{description}\n"

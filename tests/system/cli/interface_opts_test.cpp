@@ -9,20 +9,6 @@
 namespace QZSystem {
 namespace {
 
-class Group : public QZOptions {
- public:
-  explicit Group(const std::string& groupName) : QZOptions(groupName) {}
-  Group* CreateCopy() const override { return new Group(*this); }
-};
-
-std::string ValuesOf(const QZOptions& group) {
-  std::string values;
-  for (const QZParameter& parameter : QZIter<const QZParameter>(group.GetParameters(true)))
-    if (parameter.GetHasValue(0))
-      values += (values.empty() ? "" : " ") + parameter.GetName() + "=" + Joined(parameter.GetStringValues());
-  return values;
-}
-
 /// -in and the default -n 5 at the top, -width in the group "Output", -deep in one below that.
 class Settings : public ::testing::Test {
  protected:

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qz/system/cli/interface.h"
+#include "qz/system/cli/options.h"
 #include "qz/system/frame/error.h"
 #include "qz/system/frame/errorimpl.h"
 
@@ -46,14 +47,39 @@ inline std::string Joined(QZIterBase<const std::string>* texts) {
   return joined;
 }
 
-/// The values of all parameters that have any, loaded ones only: "-in=a.txt -n=1|2".
-inline std::string ValuesOf(const QZInterface& itf) {
+/// What an iterator goes through.
+template <class T>
+std::vector<std::remove_const_t<T>> List(QZIterBase<T>* iter) {
+  std::vector<std::remove_const_t<T>> all;
+  for (T& each : QZIter(iter)) all.push_back(each);
+  return all;
+}
+
+/// The names of the things of an iterator with a blank between them.
+template <class T>
+std::string Names(QZIterBase<T>* things) {
+  std::string names;
+  for (const T& thing : QZIter<T>(things)) names += (names.empty() ? "" : " ") + thing.GetName();
+  return names;
+}
+
+/// The values of all parameters of an interface or a group of options that have any, loaded ones only:
+/// "-in=a.txt -n=1|2".
+template <class Level>
+std::string ValuesOf(const Level& level) {
   std::string values;
-  for (const QZParameter& parameter : QZIter<const QZParameter>(itf.GetParameters(true)))
+  for (const QZParameter& parameter : QZIter<const QZParameter>(level.GetParameters(true)))
     if (parameter.GetHasValue(0))
       values += (values.empty() ? "" : " ") + parameter.GetName() + "=" + Joined(parameter.GetStringValues());
   return values;
 }
+
+/// A group of options as programs derive theirs.
+class Group : public QZOptions {
+ public:
+  explicit Group(const std::string& groupName) : QZOptions(groupName) {}
+  Group* CreateCopy() const override { return new Group(*this); }
+};
 
 /// Texts as the argc and argv of a program called "prog".
 class Arguments {

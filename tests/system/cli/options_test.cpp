@@ -9,12 +9,6 @@
 namespace QZSystem {
 namespace {
 
-class Group : public QZOptions {
- public:
-  explicit Group(const std::string& groupName) : QZOptions(groupName) {}
-  Group* CreateCopy() const override { return new Group(*this); }
-};
-
 /// Four slots, of which the first and the third stay null.
 class Slots : public QZOptions {
  public:
@@ -31,23 +25,10 @@ class Slots : public QZOptions {
 };
 
 template <class T>
-std::string Names(QZIterBase<T>* things) {
-  std::string names;
-  for (const T& thing : QZIter<T>(things)) names += (names.empty() ? "" : " ") + thing.GetName();
-  return names;
-}
-
-template <class T>
 std::string Names(const std::vector<T*>& things) {
   std::string names;
   for (const T* thing : things) names += (names.empty() ? "" : " ") + thing->GetName();
   return names;
-}
-
-std::string Duplicates(const QZOptions& group, bool ignoreHidden) {
-  std::vector<QZParameter*> found;
-  group.GetDuplicateParams(found, ignoreHidden);
-  return Names(found);
 }
 
 QZParameter* Add(QZOptions& group, const std::string& name, const std::string& alias = "",
@@ -86,14 +67,11 @@ class OptionTree : public ::testing::Test {
 TEST_F(OptionTree, ListsSortedInIteratorsAndDepthFirstInVectors) {
   const QZOptions& fixed = root;
   EXPECT_EQ(Names(root.GetParameters(false)), "-z -a -m");
-  EXPECT_EQ(Names(root.GetParameters(true)), "-z -a -d -e -l1 -l2 -m");
+  EXPECT_EQ(Names(fixed.GetParameters(true)), "-z -a -d -e -l1 -l2 -m");
   EXPECT_EQ(Names(root.GetParameters("-A", true)), "-a -l1");
   EXPECT_EQ(Names(root.GetParameters("-A", false)), "-a");
-  EXPECT_EQ(Names(root.GetParameters("", false)), "-z -a -m");
-  EXPECT_EQ(Names(fixed.GetParameters(true)), Names(root.GetParameters(true)));
   EXPECT_EQ(Names(fixed.GetParameters("-m", true)), "-d -m");
   EXPECT_EQ(Names(root.GetOptions(false)), "early late");
-  EXPECT_EQ(Names(root.GetOptions(true)), "deep early late");
   EXPECT_EQ(Names(fixed.GetOptions(true)), "deep early late");
 
   std::vector<QZParameter*> parameters = {root.GetParameter("-e")};
@@ -105,14 +83,6 @@ TEST_F(OptionTree, ListsSortedInIteratorsAndDepthFirstInVectors) {
   EXPECT_EQ(Names(groups), "late deep early late early");
 }
 
-TEST_F(OptionTree, IteratorsHoldWhatWasThereWhenTheyWereMade) {
-  QZIter<QZParameter> all(root.GetParameters(true));
-  for (int i = 0; i < 100; ++i) Add(root, "-more");
-  QZIter<QZParameter> second = all.Copy();
-  EXPECT_EQ(Names(all.Release()), "-z -a -d -e -l1 -l2 -m");
-  EXPECT_EQ(Names(second.Release()), "-z -a -d -e -l1 -l2 -m");
-}
-
 TEST_F(OptionTree, FindsParametersInAnyCaseAndGroupsExactly) {
   EXPECT_EQ(root.GetParameter("-FIRST")->GetName(), "-z");
   // One of the group itself comes before one below, and no sorting takes part.
@@ -121,12 +91,9 @@ TEST_F(OptionTree, FindsParametersInAnyCaseAndGroupsExactly) {
   EXPECT_EQ(root.GetParameter("-D")->GetName(), "-d");
   EXPECT_EQ(root.GetParameter("m"), nullptr);
   EXPECT_FALSE(late().HasParameter("-z"));
-  EXPECT_EQ(root.GetOption("deep")->GetName(), "deep");
+  EXPECT_TRUE(root.HasOption("deep"));
   EXPECT_EQ(root.GetOption("Deep"), nullptr);
   EXPECT_FALSE(root.HasOption("root"));
-  const QZOptions& fixed = root;
-  EXPECT_EQ(fixed.GetParameter("-d"), root.GetParameter("-d"));
-  EXPECT_EQ(fixed.GetOption("early"), root.GetOption("early"));
 }
 
 TEST_F(OptionTree, DeletesTheVeryObjectOneLevelDown) {
@@ -156,26 +123,22 @@ TEST_F(OptionTree, CopiesDeepAndAssignsFromItselfAndItsParts) {
   root.GetParameter("-d")->SetStringValue("value");
   late().SetBrief("brief");
   late().AddDetail("one");
-  late().AddDetail("two");
-  QZOptions& self = root;
   const QZOptions& same = root;
-  self = same;
+  root.QZOptions::operator=(same);
   EXPECT_EQ(Names(root.GetParameters(true)), "-z -a -d -e -l1 -l2 -m");
-  self = late();
+  root.QZOptions::operator=(late());
   EXPECT_EQ(Names(root.GetParameters(true)), "-d -l1 -l2");
-  EXPECT_EQ(root.GetName() + root.GetBrief() + Joined(root.GetDetail()), "latebriefone|two");
+  EXPECT_EQ(root.GetName() + root.GetBrief() + Joined(root.GetDetail()), "latebriefone");
   EXPECT_EQ(root.GetOrderPriority(), 2);
   EXPECT_EQ(root.GetParameter("-d")->GetStringValue(0), "value");
 }
 
 TEST(Options, ListsKeysThatSeveralParametersAnswerTo) {
+  using Parameters = std::vector<std::tuple<const char*, const char*, unsigned int>>;
   const struct {
-    // Name, alias and visibility of each parameter: the last one stands in a group below.
-    std::vector<std::tuple<const char*, const char*, unsigned int>> parameters;
-    const char* all;
-    const char* withoutHidden;
+    Parameters parameters;  ///< name, alias and visibility; the last one stands in a group below
+    const char *all, *withoutHidden;
   } cases[] = {
-      {{}, "", ""},
       {{{"-a", "", 1}, {"-b", "-A", 1}, {"-c", "", 1}}, "-a -b", "-a -b"},
       {{{"-a", "-A", 1}, {"-b", "", 1}}, "-a", "-a"},
       {{{"-a", "-b", 1}, {"-b", "-a", 0}}, "-a -b -a -b", "-a -b -a -b"},
@@ -184,27 +147,31 @@ TEST(Options, ListsKeysThatSeveralParametersAnswerTo) {
       {{{"-a", "", 2}, {"-A", "", 2}}, "", ""},
       {{{"-a", "", 2}, {"-A", "", 1}, {"-a", "", 1}}, "-A -a", "-A -a"},
   };
+  const auto duplicates = [](const QZOptions& group, bool ignoreHidden) {
+    std::vector<QZParameter*> found;
+    group.GetDuplicateParams(found, ignoreHidden);
+    return Names(found);
+  };
   for (const auto& each : cases) {
     Group group("group");
+    group.AddOption(Group("below"));
     for (const auto& [name, alias, visibility] : each.parameters) {
-      const bool last = &name == &std::get<0>(each.parameters.back());
-      if (last) group.AddOption(Group("below"));
-      Add(last ? *group.GetOption("below") : group, name, alias, visibility);
+      const bool isLast = &name == &std::get<0>(each.parameters.back());
+      Add(isLast ? *group.GetOption("below") : group, name, alias, visibility);
     }
-    EXPECT_EQ(Duplicates(group, false), each.all);
-    EXPECT_EQ(Duplicates(group, true), each.withoutHidden);
+    EXPECT_EQ(duplicates(group, false), each.all);
+    EXPECT_EQ(duplicates(group, true), each.withoutHidden);
     EXPECT_EQ(group.HasDupParameters(true), *each.withoutHidden != '\0') << each.withoutHidden;
   }
 }
 
-TEST(Options, SortsDuplicatesAndDropsHiddenOnesThatWereThereBefore) {
+TEST(Options, FindsDuplicatesSortedOrBehindWhatIsThere) {
   Group group("group");
   Add(group, "-b");
   Add(group, "-a", "-B");
   EXPECT_EQ(Names(group.FindDupParameters(false)), "-a -b");
-  QZStringParameter hidden("-h");
+  QZStringParameter hidden("-h"), shown("-s");
   hidden.SetVisibility(2);
-  QZStringParameter shown("-s");
   std::vector<QZParameter*> found = {&hidden, &shown};
   group.GetDuplicateParams(found, false);
   EXPECT_EQ(Names(found), "-s -b -a");
@@ -219,29 +186,24 @@ TEST_F(OptionTree, SetsVisibilityOfAllOrOfOneKey) {
 }
 
 TEST(Options, TakesOverValuesUntilOneIsRefused) {
-  Group from("from");
-  Group to("to");
+  Group from("from"), to("to");
   for (const char* name : {"-a", "-b", "-c"}) to.AddParameter(QZIntParameter(name, 7))->SetStringValue("1");
   to.GetParameter("-c")->Load();
   from.AddParameter(QZStringParameter("-other", "9"));
-  QZParameter* a = from.AddParameter(QZStringParameter("-first"));
-  a->AddAlias("-A");
+  QZParameter* a = Add(from, "-first", "-A");
   a->SetStringValue("2");
   a->AddStringValue("3");
   from.AddParameter(QZIntParameter("-c", 8));
-  ASSERT_TRUE(to.UpdateValues(from));
-  EXPECT_EQ(Joined(to.GetParameter("-a")->GetStringValues()), "2|3");
-  EXPECT_TRUE(to.GetParameter("-a")->GetHasValue(1));
   // Nothing answers to -b, and -c has a default alone.
-  EXPECT_FALSE(to.GetParameter("-b")->GetHasValue(0));
-  EXPECT_EQ(Joined(to.GetParameter("-c")->GetStringValues()), "1");
+  ASSERT_TRUE(to.UpdateValues(from));
+  EXPECT_EQ(ValuesOf(to), "-a=2|3 -c=1");
   EXPECT_EQ(Joined(to.GetParameter("-c")->GetStringDefaults()), "7");
-
   EXPECT_TRUE(to.UpdateValues(to));
-  EXPECT_EQ(Joined(to.GetParameter("-a")->GetStringValues()), "2|3");
+  EXPECT_EQ(ValuesOf(to), "-a=2|3 -b=1 -c=1");
+
   a->SetStringValue("4");
-  from.AddParameter(QZStringParameter("-b", "x"))->SetStringValue("x");
-  from.AddParameter(QZStringParameter("-c"))->SetStringValue("5");
+  Add(from, "-b")->SetStringValue("x");
+  Add(from, "-c")->SetStringValue("5");
   EXPECT_FALSE(to.UpdateValues(from));
   EXPECT_EQ(Joined(to.GetParameter("-a")->GetStringValues()), "4");
   EXPECT_EQ(Joined(to.GetParameter("-c")->GetStringValues()), "1");
@@ -249,17 +211,12 @@ TEST(Options, TakesOverValuesUntilOneIsRefused) {
 
 TEST(Options, ChangesTheNamesOfAllParameters) {
   const struct {
-    const char* name;
-    const char* suffixed;
-    const char* underscored;
-    const char* prefixed;
-  } cases[] = {
-      {"-width", "-width2", "-out_width", "-outWidth"},
-      {"-9in", "-9in2", "-out_9in", "-out9in"},
-      {"-", "-2", "-out_", "-out"},
-      {"in", "in2", "-out_n", "-outN"},
-      {"--Both", "--Both2", "-out_-Both", "-out-Both"},
-  };
+    const char *name, *suffixed, *underscored, *prefixed;
+  } cases[] = {{"-width", "-width2", "-out_width", "-outWidth"},
+               {"-9in", "-9in2", "-out_9in", "-out9in"},
+               {"-", "-2", "-out_", "-out"},
+               {"in", "in2", "-out_n", "-outN"},
+               {"--Both", "--Both2", "-out_-Both", "-out-Both"}};
   for (const auto& each : cases) {
     Group inner("inner");
     Add(inner, each.name, "-alias");

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "qz/system/cli/parameter_concrete.h"
+#include "tests/system/cli/interface_testing.h"
 #include "tests/system/cli/messages.h"
 
 namespace QZSystem {
@@ -17,40 +18,30 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::vector<std::string>;
 
-template <class T>
-std::vector<std::remove_const_t<T>> list(QZIterBase<T>* iter) {
-  std::vector<std::remove_const_t<T>> all;
-  for (T& each : QZIter(iter)) all.push_back(each);
-  return all;
-}
-
 // Everything that a parameter tells about itself.
 std::string describe(const QZParameter& p) {
   std::string all = p.ClassID() + '|' + p.GetName() + '|' + p.GetBrief() + '|' + p.GetElement() + '|' + p.GetCommand();
   for (long number : {long{p.GetRequired()}, long{p.GetKeyless()}, long{p.GetVisibility()}, long{p.GetOrderPriority()},
                       long{p.GetInput()}, long{p.GetOutput()}, long{p.GetIsList()}})
     all += ' ' + std::to_string(number);
-  for (const Texts& texts : {list(p.GetAliases()), list(p.GetDetail()), list(p.GetStringValues()),
-                             list(p.GetStringDefaults()), list(p.GetLegalValues()), list(p.GetIllegalValues())})
+  for (const Texts& texts : {List(p.GetAliases()), List(p.GetDetail()), List(p.GetStringValues()),
+                             List(p.GetStringDefaults()), List(p.GetLegalValues()), List(p.GetIllegalValues())})
     all += '|' + testing::PrintToString(texts);
-  all += testing::PrintToString(list(p.GetLegalRanges())) + testing::PrintToString(list(p.GetIllegalRanges()));
+  all += testing::PrintToString(List(p.GetLegalRanges())) + testing::PrintToString(List(p.GetIllegalRanges()));
   for (unsigned int i = 0; i < 3; ++i) all += p.GetHasValue(i) ? " v" : " -";
   for (unsigned int i = 0; i < 3; ++i) all += p.GetHasDefault(i) ? " d" : " -";
   return all;
 }
 
 TEST(Parameter, NameAndAliasesAreOneWord) {
-  const struct {
-    const char* text;
-    const char* word;
-  } cases[] = {{"-in", "-in"}, {" \t-in \n", "-in"}, {"-in -out", nullptr},
-               {"", nullptr},  {" \n", nullptr},     {"-in\r", "-in\r"}};
-  for (const auto& c : cases) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"-in", "-in"}, {" \t-in \n", "-in"}, {"-in -out", nullptr}, {" \n", nullptr}, {"-in\r", "-in\r"}};
+  for (const auto& [text, word] : cases) {
     QZIntParameter p("-before");
-    EXPECT_EQ(p.SetName(c.text), c.word != nullptr) << c.text;
-    EXPECT_EQ(p.GetName(), c.word != nullptr ? c.word : "-before") << c.text;
-    EXPECT_EQ(p.AddAlias(c.text), c.word != nullptr) << c.text;
-    EXPECT_EQ(list(p.GetAliases()), c.word != nullptr ? Texts{c.word} : Texts()) << c.text;
+    EXPECT_EQ(p.SetName(text), word != nullptr) << text;
+    EXPECT_EQ(p.GetName(), word != nullptr ? word : "-before") << text;
+    EXPECT_EQ(p.AddAlias(text), word != nullptr) << text;
+    EXPECT_EQ(List(p.GetAliases()), word != nullptr ? Texts{word} : Texts()) << text;
   }
 }
 
@@ -79,14 +70,14 @@ TEST(Parameter, TextCountsAsSetOnlyWhenLoaded) {
   EXPECT_TRUE(p.SetStringValue("5"));
   EXPECT_FALSE(p.IsSet(0));
   EXPECT_TRUE(p.AddStringValue(" 6") && p.Load());
-  EXPECT_THAT(list(p.GetValues()), ElementsAre(5, 6));
+  EXPECT_THAT(List(p.GetValues()), ElementsAre(5, 6));
   EXPECT_TRUE(p.SetStringValue("7") && p.SetStringDefault("1") && p.AddStringDefault("2"));
-  EXPECT_THAT(list(p.GetStringValues()), ElementsAre("7"));
-  EXPECT_THAT(list(p.GetSettings()), ElementsAre(5, 6));
+  EXPECT_THAT(List(p.GetStringValues()), ElementsAre("7"));
+  EXPECT_THAT(List(p.GetSettings()), ElementsAre(5, 6));
   EXPECT_TRUE(p.Load());
-  EXPECT_THAT(list(p.GetSettings()), ElementsAre(7));
+  EXPECT_THAT(List(p.GetSettings()), ElementsAre(7));
   EXPECT_TRUE(p.ClearValues());
-  EXPECT_THAT(list(p.GetSettings()), ElementsAre(1, 2));
+  EXPECT_THAT(List(p.GetSettings()), ElementsAre(1, 2));
   EXPECT_EQ(p.GetStringDefault(1) + p.GetStringDefault(7), "2");
   EXPECT_TRUE(p.IsSet(1) && !p.IsSet(2) && p.ClearDefaults() && !p.IsSet(0));
 }
@@ -99,17 +90,19 @@ TEST(Parameter, AListMayBeSetToOneOfItsOwn) {
     EXPECT_TRUE(p.AddDefault(text));
   }
   EXPECT_TRUE(p.SetStringValue(*(++QZIter(p.GetStringValues()))));
-  EXPECT_THAT(list(p.GetStringValues()), ElementsAre("b" + longText));
+  EXPECT_THAT(List(p.GetStringValues()), ElementsAre("b" + longText));
   EXPECT_TRUE(p.SetValue(*(++QZIter(p.GetValues()))));
-  EXPECT_THAT(list(p.GetValues()), ElementsAre("b" + longText));
+  EXPECT_THAT(List(p.GetValues()), ElementsAre("b" + longText));
   EXPECT_TRUE(p.SetDefault(*(++QZIter(p.GetDefaults()))));
   EXPECT_TRUE(p.SetStringDefault(*QZIter(p.GetStringDefaults())));
-  EXPECT_THAT(list(p.GetStringDefaults()), ElementsAre("b" + longText));
+  EXPECT_THAT(List(p.GetStringDefaults()), ElementsAre("b" + longText));
 }
 
 TEST(Parameter, ATypedWriteLeavesItsText) {
+  QZDoubleParameter p("-x", 1.5);
+  EXPECT_EQ(QZTypedParameter<double>::From(static_cast<QZParameter*>(&p))->GetStringDefault(), "1.500000000000");
+  EXPECT_EQ(QZTypedParameter<float>::From(static_cast<QZParameter*>(&p)), nullptr);
   EXPECT_EQ(QZFloatParameter("-x", 0.25F).GetStringDefault(0), "0.250000");
-  EXPECT_EQ(QZDoubleParameter("-x", -1.5).GetStringDefault(0), "-1.500000000000");
   EXPECT_EQ(QZIntParameter("-x", -2147483647 - 1).GetStringDefault(0), "-2147483648");
   EXPECT_EQ(QZUIntParameter("-x", 4294967295U).GetStringDefault(0), "4294967295");
   EXPECT_EQ(QZBoolParameter("-x", true).GetStringDefault(0), "true");
@@ -121,8 +114,8 @@ TEST(Parameter, AnIllegalTypedWriteChangesNothing) {
   p.AddIllegalValue("500");
   EXPECT_TRUE(p.SetValue(2) && p.AddValue(3));
   EXPECT_FALSE(p.SetValue(500) || p.AddValue(500) || p.SetDefault(500) || p.AddDefault(500));
-  EXPECT_THAT(list(p.GetValues()), ElementsAre(2, 3));
-  EXPECT_THAT(list(p.GetStringDefaults()), ElementsAre("1"));
+  EXPECT_THAT(List(p.GetValues()), ElementsAre(2, 3));
+  EXPECT_THAT(List(p.GetStringDefaults()), ElementsAre("1"));
   int value = 77;
   EXPECT_FALSE(p.GetValue(value, 2) || p.GetDefault(value, 1) || p.GetSetting(value, 2));
   EXPECT_EQ(value, 77);
@@ -140,7 +133,7 @@ TEST(Parameter, SeveralValuesInOneText) {
     p.AddIllegalValue("9");
     p.SetValue(-1);
     EXPECT_EQ(p.SetStringValues(c.text), !c.values.empty()) << c.text;
-    EXPECT_EQ(list(p.GetValues()), c.values.empty() ? std::vector<int>{-1} : c.values) << c.text;
+    EXPECT_EQ(List(p.GetValues()), c.values.empty() ? std::vector<int>{-1} : c.values) << c.text;
   }
 }
 
@@ -191,29 +184,29 @@ TEST(ParameterLimits, IllegalWinsOverLegalAndRangesHoldTheirEnds) {
   expectLegal<QZBoolParameter>({}, {"yes", "0"}, {"maybe", ""});
 }
 
-template <class Kind>
-void expectBadLimit(const Texts& limits, const std::string& text, bool legal, const std::string& message) {
-  Messages messages;
-  Careless<Kind> p("-p");
-  limit(p, limits);
-  EXPECT_EQ(p.IsLegalString(text), legal) << text << testing::PrintToString(limits);
-  EXPECT_EQ(messages.Take(), message);
-}
-
 TEST(ParameterLimits, ALimitThatCantBeReadIsToldAndCountsAsZeroOrAsABar) {
-  const std::string value = "Warning: Cannot interpret ";
-  const std::string range = "Warning: Invalid ";
-  expectBadLimit<QZIntParameter>({"!v", "x"}, "0", false, value + "illegal value x, of parameter -p\n");
-  expectBadLimit<QZIntParameter>({"!v", "x"}, "1", true, value + "illegal value x, of parameter -p\n");
-  expectBadLimit<QZIntParameter>({"v", "x"}, "0", true, value + "legal value x, of parameter -p\n");
-  expectBadLimit<QZIntParameter>({"v", "x"}, "1", false, value + "legal value x, of parameter -p\n");
-  expectBadLimit<QZIntParameter>({"!r", "1", "x"}, "9", false, range + "illegal range for parameter -p is (1 to x)\n");
-  expectBadLimit<QZIntParameter>({"!r", "x", "inf"}, "9", false,
-                                 range + "illegal range for parameter -p is (x to inf)\n");
-  expectBadLimit<QZIntParameter>({"r", "Inf", "1", "r", "0", "9"}, "9", false,
-                                 range + "legal range for parameter -p is (Inf to 1)\n");
-  expectBadLimit<QZDoubleParameter>({"r", "-inf", "inf"}, "0", false,
-                                    range + "legal range for parameter -p is (-inf to inf)\n");
+  const struct {
+    Texts limits;
+    const char* text;
+    bool legal;
+    std::string message;
+  } cases[] = {
+      {{"!v", "x"}, "0", false, "Cannot interpret illegal value x, of parameter -p"},
+      {{"!v", "x"}, "1", true, "Cannot interpret illegal value x, of parameter -p"},
+      {{"v", "x"}, "0", true, "Cannot interpret legal value x, of parameter -p"},
+      {{"v", "x"}, "1", false, "Cannot interpret legal value x, of parameter -p"},
+      {{"!r", "1", "x"}, "9", false, "Invalid illegal range for parameter -p is (1 to x)"},
+      {{"!r", "x", "inf"}, "9", false, "Invalid illegal range for parameter -p is (x to inf)"},
+      {{"r", "Inf", "1", "r", "0", "9"}, "9", false, "Invalid legal range for parameter -p is (Inf to 1)"},
+      {{"r", "-inf", "inf"}, "0", false, "Invalid legal range for parameter -p is (-inf to inf)"},
+  };
+  for (const auto& [limits, text, legal, message] : cases) {
+    Messages messages;
+    Careless<QZIntParameter> p("-p");
+    limit(p, limits);
+    EXPECT_EQ(p.IsLegalString(text), legal) << text << testing::PrintToString(limits);
+    EXPECT_EQ(messages.Take(), "Warning: " + message + "\n");
+  }
 }
 
 TEST(ParameterLimits, OnlyTheEndsOfALegalRangeGoUntested) {
@@ -221,7 +214,7 @@ TEST(ParameterLimits, OnlyTheEndsOfALegalRangeGoUntested) {
   EXPECT_TRUE(p.AddLegalRange("0", "inf"));
   EXPECT_FALSE(p.AddIllegalRange("0", "inf") || p.AddIllegalRange("-inf", "0"));
   EXPECT_FALSE(p.AddLegalValue("x") || p.AddIllegalValue("x"));
-  EXPECT_THAT(list(p.GetIllegalRanges()), IsEmpty());
+  EXPECT_THAT(List(p.GetIllegalRanges()), IsEmpty());
   EXPECT_TRUE(QZDoubleParameter("-x").AddIllegalRange("-inf", "0"));
 }
 
@@ -248,35 +241,18 @@ TEST(Parameter, IsSetToStringComparesTheSettingInUse) {
 
 TEST(Parameter, ListingsSortByPriorityThenNameAndPlacesKeepTies) {
   std::deque<QZIntParameter> parameters;
-  const struct {
-    const char* name;
-    int order;
-    unsigned int keyless;
-  } cases[] = {{"-b", 0, 2}, {"-a", 0, 2}, {"-z", -5, 1}, {"-B", 0, 0}, {"-c", 3, 1}};
   std::vector<QZParameter*> all;
-  for (const auto& c : cases) {
-    all.push_back(&parameters.emplace_back(c.name));
-    all.back()->SetOrderPriority(c.order);
-    all.back()->SetKeyless(c.keyless);
+  for (const auto& [name, order, keyless] :
+       {std::tuple{"-b", 0, 2U}, {"-a", 0, 2U}, {"-z", -5, 1U}, {"-B", 0, 0U}, {"-c", 3, 1U}}) {
+    all.push_back(&parameters.emplace_back(name));
+    all.back()->SetOrderPriority(order);
+    all.back()->SetKeyless(keyless);
   }
   const auto sorted = [&](const QZBinaryPredicate<QZParameter, QZParameter>& order) {
-    std::string names;
-    for (const QZParameter& p : QZIter<QZParameter>(
-             new QZSortedIter<QZParameter>(new QZSTLIter<DerefIterGuts<std::vector<QZParameter*>>>(all), order)))
-      names += p.GetName();
-    return names;
+    return Names(new QZSortedIter<QZParameter>(new QZSTLIter<DerefIterGuts<std::vector<QZParameter*>>>(all), order));
   };
-  EXPECT_EQ(sorted(SortItfStuff<QZParameter>()), "-z-B-a-b-c");
-  EXPECT_EQ(sorted(KeylessSort()), "-B-z-c-b-a");
-}
-
-TEST(Parameter, TheTypeOfTheValuesCanBeAsked) {
-  QZDoubleParameter p("-x", 1.5);
-  QZParameter* base = &p;
-  ASSERT_NE(QZTypedParameter<double>::From(base), nullptr);
-  EXPECT_EQ(QZTypedParameter<double>::From(base)->GetStringDefault(), "1.500000000000");
-  EXPECT_EQ(QZTypedParameter<float>::From(base), nullptr);
-  EXPECT_EQ(QZTypedParameter<double>::From(static_cast<const QZParameter*>(nullptr)), nullptr);
+  EXPECT_EQ(sorted(SortItfStuff<QZParameter>()), "-z -B -a -b -c");
+  EXPECT_EQ(sorted(KeylessSort()), "-B -z -c -b -a");
 }
 
 // The place of a virtual operation in the table, by the member pointers of the Itanium C++ ABI.
@@ -288,53 +264,25 @@ std::size_t slot(Operation operation) {
   return (words[0] - 1) / sizeof(void*);
 }
 
+template <class... Operations>
+std::vector<std::size_t> slots(Operations... operations) {
+  return {slot(operations)...};
+}
+
 TEST(Parameter, VirtualOperationsKeepTheirSlots) {
   using P = QZParameter;
   using T = QZTypedParameter<int>;
-  const std::vector<std::size_t> slots = {slot(&P::GetPrettyLegalValues),
-                                          slot(&P::GetPrettyDefault),
-                                          slot(&P::SetStringValue),
-                                          slot(&P::SetStringDefault),
-                                          slot(&P::AddStringValue),
-                                          slot(&P::AddStringDefault),
-                                          slot(&P::ClearValues),
-                                          slot(&P::ClearDefaults),
-                                          slot(&P::SetStringValues),
-                                          slot(&P::AddLegalValue),
-                                          slot(&P::AddIllegalValue),
-                                          slot(&P::AddLegalRange),
-                                          slot(&P::AddIllegalRange),
-                                          slot(&P::IsLegalString),
-                                          slot(&P::IsSetToString),
-                                          slot(&P::Load),
-                                          slot(&P::LoadValue),
-                                          slot(&P::LoadDefault),
-                                          slot(&P::IsSet),
-                                          slot(&P::GetHasValue),
-                                          slot(&P::GetHasDefault),
-                                          slot(&P::TypedParameterTypeID),
-                                          slot(&P::ClassID),
-                                          slot(&P::WriteValueAndDefaultBinary),
-                                          slot(&P::ReadValueAndDefaultBinary),
-                                          slot(&P::ValueAndDefaultBinarySize),
-                                          slot(&P::CreateCopy),
-                                          slot(&P::IsValidString),
-                                          slot(&T::GetValue),
-                                          slot(&T::GetDefault),
-                                          slot(&T::GetSetting),
-                                          slot(&T::AddValue),
-                                          slot(&T::AddDefault),
-                                          slot(&T::SetValue),
-                                          slot(&T::SetDefault),
-                                          slot(&T::GetValues),
-                                          slot(&T::GetDefaults),
-                                          slot(&T::GetSettings),
-                                          slot(&T::IsLegal),
-                                          slot(&T::GetTypedValue),
-                                          slot(&T::GetString),
-                                          slot(&T::FactoryTypeID),
-                                          slot(&QZConstParameter::GetMask)};
-  for (std::size_t i = 0; i < slots.size(); ++i) EXPECT_EQ(slots[i], i + 2) << "behind the two of the destructor";
+  std::size_t next = 2;  // behind the two of the destructor
+  for (const std::size_t each : slots(
+           &P::GetPrettyLegalValues, &P::GetPrettyDefault, &P::SetStringValue, &P::SetStringDefault, &P::AddStringValue,
+           &P::AddStringDefault, &P::ClearValues, &P::ClearDefaults, &P::SetStringValues, &P::AddLegalValue,
+           &P::AddIllegalValue, &P::AddLegalRange, &P::AddIllegalRange, &P::IsLegalString, &P::IsSetToString, &P::Load,
+           &P::LoadValue, &P::LoadDefault, &P::IsSet, &P::GetHasValue, &P::GetHasDefault, &P::TypedParameterTypeID,
+           &P::ClassID, &P::WriteValueAndDefaultBinary, &P::ReadValueAndDefaultBinary, &P::ValueAndDefaultBinarySize,
+           &P::CreateCopy, &P::IsValidString, &T::GetValue, &T::GetDefault, &T::GetSetting, &T::AddValue,
+           &T::AddDefault, &T::SetValue, &T::SetDefault, &T::GetValues, &T::GetDefaults, &T::GetSettings, &T::IsLegal,
+           &T::GetTypedValue, &T::GetString, &T::FactoryTypeID, &QZConstParameter::GetMask))
+    EXPECT_EQ(each, next++);
 }
 
 }  // namespace

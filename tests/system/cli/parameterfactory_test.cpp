@@ -1,7 +1,6 @@
 #include "qz/system/cli/parameterfactory.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,6 +11,7 @@
 
 #include "qz/system/cli/interface.h"
 #include "qz/system/cli/parameter_concrete.h"
+#include "tests/platform/childstatus.h"
 #include "tests/system/cli/messages.h"
 
 namespace QZSystem {
@@ -34,23 +34,17 @@ TEST(ParameterFactory, MakesEveryKindButBit) {
   }
 }
 
-TEST(ParameterFactory, KeepsTheFirstWorkerOfAWord) {
-  QZSimpleFactory<std::string, QZParameter> factory;
-  EXPECT_TRUE(factory.Register("n", QZFactoryWorker<QZParameter, QZIntParameter>()));
-  EXPECT_FALSE(factory.Register("n", QZFactoryWorker<QZParameter, QZBoolParameter>()));
-  EXPECT_EQ(Made(factory.Construct("n"))->ClassID(), "int");
-}
-
 class Uncopied : public QZFactoryWorkerBase<QZParameter> {
  public:
   [[nodiscard]] QZParameter* Construct() const override { return new QZIntParameter; }
   [[nodiscard]] Uncopied* CreateCopy() const override { return nullptr; }
 };
 
-TEST(ParameterFactory, TellsANullWorker) {
+TEST(ParameterFactory, KeepsTheFirstWorkerOfAWordAndTellsANullOne) {
   Messages messages;
   QZSimpleFactory<std::string, QZParameter> factory;
-  factory.Register("n", Uncopied());
+  EXPECT_TRUE(factory.Register("n", Uncopied()));
+  EXPECT_FALSE(factory.Register("n", QZFactoryWorker<QZParameter, QZBoolParameter>()));
   EXPECT_FALSE(Made(factory.Construct("n")));
   EXPECT_EQ(messages.Take(), "Warning: NULL pointer in Factory Registry\n");
 }
@@ -67,16 +61,7 @@ TEST(ParameterFactory, ServesAllThreadsAndAForkedChild) {
       }
     });
   }
-  for (int i = 0; i < 20; ++i) {
-    const pid_t child = fork();
-    if (child == 0) {
-      alarm(20);
-      _exit(Made(factory.Construct("int")) ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(StatusOfChild([&] { return Made(factory.Construct("int")) ? 0 : 1; }), 0);
   stop = true;
   for (std::thread& thread : threads) thread.join();
 }
