@@ -68,7 +68,7 @@ constexpr const char* head = R"(<!DOCTYPE html>
 <style>
 body { font: 14px/1.4 sans-serif; margin: 2em auto; max-width: 72em; padding: 0 1em; color: #222; background: #fff; }
 h1 { font-size: 1.5em; } h2 { font-size: 1.15em; margin: 1.6em 0 .5em; }
-.set { display: grid; grid-template-columns: repeat(auto-fill, minmax(9em, 1fr)); gap: .8em; }
+.set { display: grid; grid-template-columns: repeat(auto-fill, minmax(7.5em, 1fr)); gap: .8em; }
 .color, .bar { background: repeating-conic-gradient(#bbb 0 25%, #fff 0 50%) 0 0/12px 12px; border: 1px solid #999; }
 .color { height: 3.2em; } .color i, .bar i { display: block; height: 100%; }
 .bar { display: flex; height: 2.4em; } .bar i { flex: 1; }

@@ -285,11 +285,15 @@ void Run::Finish() {
   if (seen > 0 && source->CarriesMore()) filter.ReportUnmet(path);
   setter.RequireMet(path);
   if (sink) FinishOutput(settings, *sink);
-  if (counts) qzout << kept << '\n';
+  if (counts) {
+    FinishDots();
+    qzout << kept << '\n';
+  }
   QZThrow.Verbose(path + ": kept " + QZNumberToString(kept) + " of " + QZNumberToString(seen) + " records");
 }
 
 void filterRecords(QZInterface& settings) {
+  RefuseOption(settings, TextSetting(settings, "-in"));
   if (!FlagSetting(settings, "-count") && TextSetting(settings, "-out").empty()) {
     throw ToolError("Give the file to write as -out (or second), or -count to count only");
   }

@@ -10,6 +10,7 @@
 #include "qz/system/objects/qzbgrid.h"
 #include "qz/system/util/color.h"
 #include "qz/system/util/colorgradient.h"
+#include "tools/common/colors.h"
 #include "tools/common/fieldstats.h"
 #include "tools/common/files.h"
 #include "tools/common/recordsettings.h"
@@ -55,12 +56,12 @@ constexpr const char* configuration = R"(
 !PARAMETER -first 5
   !TYPE string
   !DEFAULT #27325f
-  !BRIEF The colour of the least value, as #rrggbb
+  !BRIEF The colour of the least value, as #rrggbb or by name
 !END
 !PARAMETER -last 6
   !TYPE string
   !DEFAULT #e8d664
-  !BRIEF The colour of the greatest value, as #rrggbb
+  !BRIEF The colour of the greatest value, as #rrggbb or by name
 !END
 !PARAMETER -zoom 7
   !TYPE unsigned
@@ -144,19 +145,40 @@ void show(const QZMultiGrid<float>& grids) {
   table.Write(qzout, TerminalWidth());
 }
 
+// What is to be painted, and how.
+struct Painting {
+  char axis = 'z';
+  unsigned int number = 0;
+  unsigned int zoom = 0;
+  QZColor first, last;
+};
+
+Painting paintingOf(const QZInterface& settings) {
+  Painting painting;
+  const std::string text = TextSetting(settings, "-slice");
+  if (text.size() < 3 || std::string("xyz").find(text[0]) == std::string::npos || text[1] != '=' ||
+      text.find_first_not_of("0123456789", 2) != std::string::npos ||
+      !QZStringToNumber(text.substr(2), painting.number)) {
+    throw ToolError("-slice: '" + text + "' isn't x, y or z, =, and the number of a plane");
+  }
+  painting.axis = text[0];
+  painting.zoom = CountSetting(settings, "-zoom");
+  if (painting.zoom == 0) throw ToolError("-zoom: a point has at least one pixel");
+  painting.first = ColorSetting(settings, "-first");
+  painting.last = ColorSetting(settings, "-last");
+  RefuseOption(settings, TextSetting(settings, "-out"));
+  return painting;
+}
+
 // A plane of a grid as a picture has it: its value at a column, from the left, and a row, from the top.
 class Plane {
  public:
-  Plane(const QZFixedGrid<float>& shownGrid, const std::string& text) : grid(shownGrid) {
-    if (text.size() < 3 || std::string("xyz").find(text[0]) == std::string::npos || text[1] != '=' ||
-        text.find_first_not_of("0123456789", 2) != std::string::npos || !QZStringToNumber(text.substr(2), number)) {
-      throw ToolError("-slice: '" + text + "' isn't x, y or z, =, and the number of a plane");
-    }
-    axis = text[0];
+  Plane(const QZFixedGrid<float>& shownGrid, char shownAxis, unsigned int plane)
+      : grid(shownGrid), axis(shownAxis), number(plane) {
     const unsigned int x = grid.GetXDim(), y = grid.GetYDim(), z = grid.GetZDim();
     const unsigned int planes = axis == 'x' ? x : axis == 'y' ? y : z;
     if (number >= planes) {
-      throw ToolError("-slice: the planes of " + text.substr(0, 1) + " are 0 to " + QZNumberToString(planes - 1));
+      throw ToolError("-slice: the planes of " + std::string(1, axis) + " are 0 to " + QZNumberToString(planes - 1));
     }
     columns = axis == 'x' ? y : x;
     rows = axis == 'z' ? y : z;
@@ -173,18 +195,10 @@ class Plane {
 
  private:
   const QZFixedGrid<float>& grid;
-  char axis = 'z';
-  unsigned int number = 0;
+  char axis;
+  unsigned int number;
   unsigned int columns = 0, rows = 0;
 };
-
-QZColor colorSetting(const QZInterface& settings, const std::string& key) {
-  const std::string text = TextSetting(settings, key);
-  if (text.size() != 7 || text[0] != '#' || text.find_first_not_of("0123456789abcdefABCDEF", 1) != std::string::npos) {
-    throw ToolError(key + ": '" + text + "' isn't # and six hexadecimal digits");
-  }
-  return QZColor(text);
-}
 
 using Pixels = std::vector<unsigned char>;
 
@@ -222,26 +236,22 @@ std::vector<unsigned char> pngOf(const Pixels& pixels, unsigned int width, unsig
   return file;
 }
 
-void paintSlice(const QZInterface& settings, const QZMultiGrid<float>& grids) {
-  const std::string path = TextSetting(settings, "-out");
-  RefuseOption(settings, path);
+void paintSlice(const QZInterface& settings, const QZMultiGrid<float>& grids, const Painting& painting) {
   const unsigned int number = CountSetting(settings, "-grid");
   if (number >= grids.GetNumGrids())
     throw ToolError("-grid: the grids are 0 to " + QZNumberToString(grids.GetNumGrids() - 1));
   const QZFixedGrid<float>& grid = grids.GetGrid(number);
-  const Plane plane(grid, TextSetting(settings, "-slice"));
-  const unsigned int zoom = CountSetting(settings, "-zoom");
-  if (zoom == 0) throw ToolError("-zoom: a point has at least one pixel");
-  const unsigned long width = std::size_t{plane.Columns()} * zoom, height = std::size_t{plane.Rows()} * zoom;
+  const Plane plane(grid, painting.axis, painting.number);
+  const unsigned long width = std::size_t{plane.Columns()} * painting.zoom;
+  const unsigned long height = std::size_t{plane.Rows()} * painting.zoom;
   if (width > mostPixels || height > mostPixels || width * height > mostPixels) {
     throw ToolError("-zoom: the picture would have more than " + QZNumberToString(mostPixels) + " pixels");
   }
   const auto [least, greatest] = rangeOf(grid);
-  const QZLinearColorGradient gradient(QZColorStop(least, colorSetting(settings, "-first")),
-                                       QZColorStop(greatest, colorSetting(settings, "-last")));
+  const QZLinearColorGradient gradient(QZColorStop(least, painting.first), QZColorStop(greatest, painting.last));
   const std::vector<unsigned char> file =
-      pngOf(paint(plane, gradient, zoom), static_cast<unsigned int>(width), static_cast<unsigned int>(height));
-  Output output(path);
+      pngOf(paint(plane, gradient, painting.zoom), static_cast<unsigned int>(width), static_cast<unsigned int>(height));
+  Output output(TextSetting(settings, "-out"));
   output.Stream().write(file.data(), file.size());
   output.Finish();
 }
@@ -251,10 +261,11 @@ void run(QZInterface& settings) {
   const bool hasOutput = !TextSetting(settings, "-out").empty();
   if (paints != hasOutput)
     throw ToolError(paints ? "-slice needs a file for the picture: -out" : "-out needs the plane to paint: -slice");
+  const std::optional<Painting> painting = paints ? std::optional(paintingOf(settings)) : std::nullopt;
   QZMultiGrid<float> grids;
   readGrids(settings, grids);
-  if (paints) {
-    paintSlice(settings, grids);
+  if (painting) {
+    paintSlice(settings, grids, *painting);
   } else {
     show(grids);
   }

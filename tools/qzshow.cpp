@@ -109,6 +109,7 @@ void showRows(RecordSource& source, unsigned int rows) {
       cells.emplace_back(texts.Of(record, field).value_or(std::string_view()));
     }
   }
+  FinishDots();
   std::vector<TextTable::Column> headings;
   for (const auto& [field, cells] : columns.All()) headings.push_back({field.GetName(), isNumeric(field)});
   TextTable table(headings);
@@ -149,6 +150,7 @@ void showSchema(RecordSource& source) {
       presence.mixed = presence.mixed || presence.type != type;
     }
   }
+  FinishDots();
   TextTable table({{"name"}, {"type"}, {"values", true}, {"nulls", true}, {"missing", true}, {"metadata"}});
   for (const auto& [field, presence] : fields.All()) {
     const unsigned long missing = count - presence.values - presence.nulls;
@@ -239,6 +241,7 @@ void showStats(RecordSource& source) {
     watch.See(record);
     for (const QZFieldBase& field : watch.Fields()) taker.Add(fields.For(field), record, field);
   }
+  FinishDots();
   showNumbers(fields);
   showTexts(fields);
   qzout << count << (count == 1 ? " record\n" : " records\n");

@@ -8,6 +8,7 @@
 #include "tools/common/fingerprint.h"
 #include "tools/common/orderedwork.h"
 #include "tools/common/recordsettings.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/texttable.h"
 #include "tools/common/tool.h"
 #include "tools/common/toolerror.h"
@@ -226,6 +227,7 @@ void work(const Search& search, RecordSource& source, Piece& piece) {
     piece.reached = source.Reached();
     piece.reached.lines -= somewhere.lines;
     piece.reached.records -= somewhere.records;
+    CountRecords(static_cast<unsigned int>(piece.reached.records));
   } catch (...) {
     TakeWarning();
     piece.again = true;
@@ -254,6 +256,7 @@ Results searchAll(const Search& search, const QZInterface& settings) {
       piece->results.assign(search.queries.size(), {});
       searchRecords(search, *again, piece->results, count);
       piece->reached = {again->Reached().lines - place.lines, again->Reached().records - place.records};
+      CountRecords(static_cast<unsigned int>(piece->reached.records));
     }
     for (std::size_t i = 0; i < results.size(); ++i) {
       for (const Hit& hit : piece->results[i].All()) {
@@ -264,6 +267,7 @@ Results searchAll(const Search& search, const QZInterface& settings) {
     place.lines += piece->reached.lines;
     place.records += piece->reached.records;
   }
+  FinishDots();
   QZThrow.Verbose(InputName(settings) + ": " + QZNumberToString(place.records) + " records searched");
   return results;
 }

@@ -11,6 +11,7 @@
 #include "qz/math/simplerms.h"
 #include "tools/common/display.h"
 #include "tools/common/recordsettings.h"
+#include "tools/common/rundisplay.h"
 #include "tools/common/texttable.h"
 #include "tools/common/tool.h"
 #include "tools/common/toolerror.h"
@@ -142,7 +143,7 @@ PointSet readPoints(const QZInterface& settings, const std::string& key, bool ke
   set.columns = source->Columns();
   set.carriesMore = source->CarriesMore();
   PointReader reader;
-  for (QZRecord record; source->Next(record); CheckInterrupt()) {
+  for (QZRecord record; source->Next(record); CountRecord()) {
     reader.Read(record, source->Place(), set);
     if (keepRecords) set.records.push_back(record);
   }
@@ -184,18 +185,26 @@ std::string elementText(double value) {
   return text;
 }
 
-std::string lengthText(double value) {
+// Beside coordinates of the size `scale`, what rounding leaves of a 0 isn't shown.
+std::string lengthText(double value, double scale) {
   std::string text;
-  QZNumberToString(value, text, 'g', 8);
+  QZNumberToString(std::abs(value) < 1e-14 * scale ? 0 : value, text, 'g', 8);
   return text;
 }
 
-void show(const Motion& motion, std::size_t count) {
-  qzout << "points " << QZNumberToString(count) << "\nRMS    " << lengthText(motion.rms) << "\n\n";
+double greatestCoordinate(const PointSet& set) {
+  double greatest = 0;
+  for (const double coordinate : set.coordinates) greatest = std::max(greatest, std::abs(coordinate));
+  return greatest;
+}
+
+void show(const Motion& motion, std::size_t count, double scale) {
+  qzout << "points " << QZNumberToString(count) << "\nRMS    " << lengthText(motion.rms, scale) << "\n\n";
   TextTable table({{"rotation", true}, {"", true}, {"", true}, {"translation", true}});
   for (std::size_t i = 0; i < 3; ++i) {
     const double* row = motion.values + 3 * i;
-    table.AddRow({elementText(row[0]), elementText(row[1]), elementText(row[2]), lengthText(motion.values[9 + i])});
+    table.AddRow(
+        {elementText(row[0]), elementText(row[1]), elementText(row[2]), lengthText(motion.values[9 + i], scale)});
   }
   table.Write(qzout, UINT_MAX);
 }
@@ -230,10 +239,13 @@ void run(QZInterface& settings) {
   }
   const PointSet fixed = readPoints(settings, "-fixed", false);
   PointSet moved = readPoints(settings, "-moved", writes);
+  FinishDots();
   requirePartners(fixed, moved);
   const Motion motion = superpose(fixed, moved, TextSetting(settings, "-method"));
   if (writes) writeMoved(settings, moved, motion);
-  if (TextSetting(settings, "-out") != "-") show(motion, fixed.Count());
+  if (TextSetting(settings, "-out") != "-") {
+    show(motion, fixed.Count(), std::max(greatestCoordinate(fixed), greatestCoordinate(moved)));
+  }
 }
 
 }  // namespace

@@ -99,7 +99,7 @@ TEST_F(Grid, RefusesWhatItCannotPaint) {
       {"-out a.png -slice z=0 -grid 2", "-grid: the grids are 0 to 1"},
       {"-out a.png -slice z=0 -zoom 0", "-zoom: a point has at least one pixel"},
       {"-out a.png -slice z=0 -zoom 5000", "-zoom: the picture would have more than 100000000 pixels"},
-      {"-out a.png -slice z=0 -last red", "-last: 'red' isn't # and six hexadecimal digits"},
+      {"-out a.png -slice z=0 -last '#12345'", "-last: '#12345' is no colour; give it as #rrggbb or by name"},
   };
   for (const auto& each : cases) {
     EXPECT_EQ(refusal(std::string("qzgrid ") + each.options + " two.grid"),

@@ -82,6 +82,7 @@ bool isTable(Format format) { return format == Format::Csv || format == Format::
 
 void RefuseOption(const QZInterface& settings, const std::string& path) {
   if (path.size() < 2 || path.front() != '-') return;
+  if (path == "-h" || path == "-help" || path == "-?") throw ToolError(path + " is no option; did you mean --help?");
   std::vector<std::string> names;
   for (const QZParameter& each : QZIter(settings.GetParameters())) names.push_back(each.GetName());
   const std::vector<std::string> near = NearWords(path, names);

@@ -20,6 +20,7 @@ constexpr unsigned int handful = 100;
 constexpr float statusInterval = 0.5F;
 
 std::unique_ptr<QZThreadedDots> dots;
+bool rowEnded = false;
 // Counted by the loop and not handed over yet.
 unsigned int waiting = 0;
 
@@ -38,24 +39,19 @@ void withStatus(const Call& call) {
 
 RunDisplay::RunDisplay(const std::string& progress, const std::string& statusFile) {
   waiting = 0;
+  rowEnded = false;
   if (progress == "dots") dots = std::make_unique<QZThreadedDots>(lineStep, dotStep, "records");
   if (!statusFile.empty()) status = std::make_unique<QZStatusFileTracer>(statusFile, statusInterval);
 }
 
 RunDisplay::~RunDisplay() {
-  const bool unended = dots && !total;
+  const bool unended = dots && !rowEnded;
   dots.reset();
   if (unended) qzerr << qzendl;
   status.reset();
 }
 
-void RunDisplay::Finish() {
-  if (!dots) return;
-  CountRecords(waiting);
-  waiting = 0;
-  dots->Total();
-  total = true;
-}
+void RunDisplay::Finish() { FinishDots(); }
 
 void CountRecords(unsigned int count) {
   if (dots && count > 0) dots->Update(count);
@@ -67,6 +63,14 @@ void CountRecord() {
   CountRecords(waiting);
   waiting = 0;
   withStatus([](QZTracerBase& tracer) { tracer.Refresh(); });
+}
+
+void FinishDots() {
+  if (!dots || rowEnded) return;
+  CountRecords(waiting);
+  waiting = 0;
+  dots->Total();
+  rowEnded = true;
 }
 
 bool HasStatus() { return status != nullptr; }

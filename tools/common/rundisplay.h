@@ -18,16 +18,13 @@ class RunDisplay {
  public:
   /// `progress` is the word of the option -progress, `statusFile` the text of -status, "" for none.
   RunDisplay(const std::string& progress, const std::string& statusFile);
-  /// Leaves "Finished" in the status file, and ends a line of dots that has no total.
+  /// Leaves "Finished" in the status file, and ends a row of dots that has no total.
   ~RunDisplay();
   RunDisplay(const RunDisplay&) = delete;
   RunDisplay& operator=(const RunDisplay&) = delete;
 
-  /// Prints the total of the dots. Called where the run was completed.
+  /// Ends the row of dots by its total, if that wasn't done. Called where the run was completed.
   void Finish();
-
- private:
-  bool total = false;
 };
 
 /// Counts records that were read. Safe from any thread.
@@ -36,6 +33,9 @@ void CountRecords(unsigned int count);
 /// Counts one record, keeps the status file fresh, and ends the run as CheckInterrupt does. For the one thread of a
 /// loop over records.
 void CountRecord();
+
+/// Ends the row of dots by its total once all records were counted, so that a result stands below it.
+void FinishDots();
 
 /// Whether there is a status file.
 bool HasStatus();
