@@ -35,8 +35,9 @@ TagBiMap& Map() {
 // Names are read eight bytes at a time, and most in the same four pieces: the first eight bytes, the last eight, and
 // where that leaves some, eight behind the first and eight before the last. Which bytes overlap depends on the length;
 // no branch does, which counts, since the lengths of names come in no order.
+template <class Word = std::uint64_t>
 std::uint64_t Load(const char* from) {
-  std::uint64_t word;
+  Word word;
   std::memcpy(&word, from, sizeof word);
   return word;
 }
@@ -57,6 +58,14 @@ struct Pieces {
 
 bool IsInPieces(std::size_t size) { return size >= pieceSize && size <= mostInPieces; }
 
+// The bytes of a name of less than eight: of those of one size no two have the same word.
+std::uint64_t ShortWord(const char* text, std::size_t size) {
+  if (size >= 4) return Load<std::uint32_t>(text) | Load<std::uint32_t>(text + size - 4) << 32;
+  if (size == 0) return 0;
+  return Load<unsigned char>(text) | Load<unsigned char>(text + size / 2) << 8 |
+         Load<unsigned char>(text + size - 1) << 16;
+}
+
 // The halves of the product of two 64-bit numbers, folded: every bit of both spreads over the result.
 std::uint64_t Fold(std::uint64_t a, std::uint64_t b) {
   __extension__ using Wide = unsigned __int128;
@@ -70,24 +79,27 @@ constexpr std::uint64_t salt2 = 0xC2B2AE3D27D4EB4F;
 constexpr std::uint64_t salt3 = 0x165667B19E3779F9;
 constexpr std::uint64_t salt4 = 0xA0761D6478BD642F;
 
-std::uint64_t HashOf(std::string_view name) {
-  const std::size_t size = name.size();
-  if (IsInPieces(size)) {
-    const Pieces pieces(name.data(), size);
-    const std::uint64_t front = Fold(pieces.first ^ salt1, pieces.second ^ salt2 ^ size);
-    const std::uint64_t back = Fold(pieces.third ^ salt3, pieces.fourth ^ salt4);
-    return Fold(front ^ back, salt1);
+[[gnu::noinline]] std::uint64_t HashOfLong(std::string_view name) {
+  std::uint64_t hash = name.size();
+  while (name.size() >= pieceSize) {
+    hash = Fold(hash ^ Load(name.data()) ^ salt1, salt2);
+    name.remove_prefix(pieceSize);
   }
-  std::uint64_t hash = size;
-  const char* at = name.data();
-  std::size_t left = size;
-  for (; left >= pieceSize; left -= pieceSize, at += pieceSize) hash = Fold(hash ^ Load(at) ^ salt1, salt2);
-  char rest[pieceSize] = {};
-  std::memcpy(rest, at, left);
-  return Fold(hash ^ Load(rest) ^ salt1, salt2);
+  return Fold(hash ^ ShortWord(name.data(), name.size()) ^ salt1, salt2);
 }
 
-bool SameBytes(const char* a, const char* b, std::size_t size) {
+inline std::uint64_t HashOf(std::string_view name) {
+  const std::size_t size = name.size();
+  if (size < pieceSize) return Fold(ShortWord(name.data(), size) ^ salt1, salt2 ^ size);
+  if (size > mostInPieces) return HashOfLong(name);
+  const Pieces pieces(name.data(), size);
+  const std::uint64_t front = Fold(pieces.first ^ salt1, pieces.second ^ salt2 ^ size);
+  const std::uint64_t back = Fold(pieces.third ^ salt3, pieces.fourth ^ salt4);
+  return Fold(front ^ back, salt1);
+}
+
+inline bool SameBytes(const char* a, const char* b, std::size_t size) {
+  if (size < pieceSize) return ShortWord(a, size) == ShortWord(b, size);
   if (!IsInPieces(size)) return std::memcmp(a, b, size) == 0;
   const Pieces x(a, size);
   const Pieces y(b, size);

@@ -32,7 +32,7 @@ bool QZBWalk::TakeAny(QZBEntry& entry) {
   if (!Tag(entry)) return false;
   entry.type = static_cast<unsigned char>(*at++);
   entry.form = QZGetQZBForm(entry.type);
-  entry.swapped = swaps[static_cast<unsigned int>(entry.form.flag)];
+  entry.swapped = IsSwapped(entry.form.flag);
   if (entry.name[0] == '!' && StartsWith(entry.name, HandledPrefix)) return Handled(entry, false);
   switch (entry.form.shape) {
     case QZBShape::Unknown:

@@ -54,15 +54,22 @@ class QZBWalk {
       Stop(QZBReturn::IncorrectSize);
       return;
     }
-    swaps[1] = QZBIntEndian(static_cast<unsigned int>(get()));
-    swaps[2] = QZBFloatEndian(static_cast<unsigned int>(get()));
+    swapsInts = QZBIntEndian(static_cast<unsigned int>(get()));
+    swapsFloats = QZBFloatEndian(static_cast<unsigned int>(get()));
   }
 
   /// Takes the next entry. False at the end and at the first damage, as Status tells.
-  bool Next(QZBEntry& entry) {
+  [[gnu::always_inline]] bool Next(QZBEntry& entry) {
     if (at == end) return false;
     entryStart = at;
-    return TakeShort(entry) || TakeAny(entry);
+    if (TakeShort(entry)) return true;
+    // By way of copies, so that a loop can keep the walk and the entry itself in registers.
+    QZBWalk walk(*this);
+    QZBEntry any;
+    const bool taken = walk.TakeAny(any);
+    *this = walk;
+    entry = any;
+    return taken;
   }
 
   /// The return code: 0 at the end and as long as nothing was damaged.
@@ -82,14 +89,21 @@ class QZBWalk {
   int get() { return at == end ? -1 : static_cast<unsigned char>(*at++); }
 
   // The usual entry: the name is text, the value a single one, a text or bytes, and each has less than 128 bytes.
-  // False, with nothing consumed, for any other one.
-  bool TakeShort(QZBEntry& entry) {
+  // False, with nothing consumed, for any other one. For the types that come most often all that the form tells is
+  // constant: the place of the next entry then waits for no table.
+  [[gnu::always_inline]] bool TakeShort(QZBEntry& entry) {
     const unsigned long left = static_cast<unsigned long>(end - at);
     if (left < 5 || at[0] != 0 || static_cast<signed char>(at[1]) >= 0) return false;
     const unsigned long nameSize = static_cast<unsigned char>(at[1]) & 0x7FU;
     if (nameSize == 0 || nameSize + 4 > left || at[2] == 0 || at[2] == '!') return false;
+    const unsigned char type = static_cast<unsigned char>(at[2 + nameSize]);
+    if (type == QZBType::Int) return TakeShort(entry, nameSize, QZBType::Int);
+    if (type == QZBType::Double) return TakeShort(entry, nameSize, QZBType::Double);
+    if (type == QZBType::String) return TakeShort(entry, nameSize, QZBType::String);
+    return TakeShort(entry, nameSize, type);
+  }
+  [[gnu::always_inline]] bool TakeShort(QZBEntry& entry, unsigned long nameSize, unsigned char type) {
     const char* body = at + 2 + nameSize + 1;
-    const unsigned char type = static_cast<unsigned char>(body[-1]);
     const QZBForm form = QZGetQZBForm(type);
     unsigned long size = form.size;
     if (form.shape != QZBShape::Scalar) {
@@ -103,10 +117,14 @@ class QZBWalk {
     entry.code = 0;
     entry.type = type;
     entry.form = form;
-    entry.swapped = swaps[static_cast<unsigned int>(form.flag)];
+    entry.swapped = IsSwapped(form.flag);
     entry.body = std::string_view(body, size);
     at = body + size;
     return true;
+  }
+  // By the flag of the item that governs.
+  [[nodiscard]] bool IsSwapped(QZBFlag flag) const {
+    return (flag == QZBFlag::Int && swapsInts) || (flag == QZBFlag::Float && swapsFloats);
   }
 
   bool TakeAny(QZBEntry& entry);
@@ -123,7 +141,8 @@ class QZBWalk {
   const char* entryStart = start;
   const char* stopped = start;
   unsigned int status = QZBReturn::Success;
-  bool swaps[4] = {};  // by the flag that governs
+  bool swapsInts = false;
+  bool swapsFloats = false;
 };
 
 template <class T>
