@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <functional>
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "qz/platform/memorystream.h"
-#include "qz/system/frame/error.h"
+#include "tests/system/cli/messages.h"
 
 using namespace QZSystem;
 
@@ -66,20 +65,25 @@ Const* Concatenated(Shapes& s) {
 }
 
 const std::pair<const char*, Make> kinds[] = {
-    {"QZVectorIter", [](Shapes& s) -> Const* { return new QZVectorIter<const int>(s.ints); }},
-    {"QZVectorCacheIter", [](Shapes& s) -> Const* { return new QZVectorCacheIter<const int>(new Ints(s.ints), true); }},
-    {"QZVectorCacheIter, not owning",
-     [](Shapes& s) -> Const* { return new QZVectorCacheIter<const int>(&s.ints, false); }},
-    {"QZCacheIter", [](Shapes& s) -> Const* { return new QZCacheIter<const int>(s.ints); }},
-    {"QZSTLIter", [](Shapes& s) -> Const* { return new QZSTLIter<ConstIterGuts<Ints>>(s.ints); }},
-    {"QZSTLIter of a list", [](Shapes& s) -> Const* { return new QZSTLIter<ConstIterGuts<std::list<int>>>(s.list); }},
     {"QZSTLIter of pointers",
      [](Shapes& s) -> Const* { return new QZSTLIter<ConstDerefIterGuts<std::vector<int*>>>(s.pointers); }},
     {"QZSTLCacheIter", [](Shapes& s) -> Const* { return new QZSTLCacheIter<ConstIterGuts<Ints>>(s.ints); }},
+    {"QZVectorCacheIter, not owning",
+     [](Shapes& s) -> Const* { return new QZVectorCacheIter<const int>(&s.ints, false); }},
+    {"QZSTLIter", [](Shapes& s) -> Const* { return new QZSTLIter<ConstIterGuts<Ints>>(s.ints); }},
     {"QZSortedIter",
      [](Shapes& s) -> Const* { return new QZSortedIter<const int>(new QZCacheIter<const int>(s.ints)); }},
-    {"QZConcatIter", Concatenated},
-};
+    {"QZVectorIter", [](Shapes& s) -> Const* { return new QZVectorIter<const int>(s.ints); }},
+    {"QZVectorCacheIter", [](Shapes& s) -> Const* { return new QZVectorCacheIter<const int>(new Ints(s.ints), true); }},
+    {"QZCacheIter", [](Shapes& s) -> Const* { return new QZCacheIter<const int>(s.ints); }},
+    {"QZSTLIter of a list", [](Shapes& s) -> Const* { return new QZSTLIter<ConstIterGuts<std::list<int>>>(s.list); }},
+    {"QZConcatIter", Concatenated}};
+
+// The element that an iterator is on, 0 for none.
+template <class Iterator>
+int At(const Iterator& it) {
+  return it ? *it : 0;
+}
 
 template <class T>
 Ints Forward(QZIterBase<T>& it) {
@@ -115,43 +119,30 @@ TEST(Iterator, EveryKindWalksBothWays) {
   }
 }
 
-TEST(Iterator, EveryKindStepsByAnyAmount) {
+TEST(Iterator, EveryKindStepsByAnyAmountAndComesBackFromBehindAnEnd) {
   for (const auto& [name, make] : kinds) {
+    SCOPED_TRACE(name);
     Shapes shapes(UpTo(9));
-    const std::unique_ptr<Const> it(make(shapes));
-    const std::pair<std::function<Const&(Const&)>, int> steps[] = {
-        {[](Const& i) -> Const& { return i += 4U; }, 5}, {[](Const& i) -> Const& { return i -= 2U; }, 3},
-        {[](Const& i) -> Const& { return i += 5; }, 8},  {[](Const& i) -> Const& { return i += -7; }, 1},
-        {[](Const& i) -> Const& { return i -= -8; }, 9}, {[](Const& i) -> Const& { return i -= 3; }, 6},
-        {[](Const& i) -> Const& { return i += 0U; }, 6}, {[](Const& i) -> Const& { return ++i; }, 7},
-        {[](Const& i) -> Const& { return --i; }, 6},
+    const std::unique_ptr<Const> owner(make(shapes));
+    Const& it = *owner;
+    const auto expect = [&it](Const& result, int element) {
+      EXPECT_EQ(&result, &it);
+      EXPECT_EQ(At(it), element);
     };
-    int number = 0;
-    for (const auto& [step, expected] : steps) {
-      Const& result = step(*it);
-      EXPECT_EQ(&result, it.get());
-      ASSERT_TRUE(bool(*it)) << name << ", step " << number;
-      EXPECT_EQ(**it, expected) << name << ", step " << number++;
-    }
-  }
-}
-
-TEST(Iterator, EveryKindComesBackFromBehindAnEnd) {
-  for (const auto& [name, make] : kinds) {
-    Shapes shapes(UpTo(3));
-    const std::unique_ptr<Const> it(make(shapes));
-    --*it;
-    EXPECT_FALSE(bool(*it)) << name;
-    ++*it;
-    ASSERT_TRUE(bool(*it)) << name;
-    EXPECT_EQ(**it, 1) << name;
-    ++it->ToLast();
-    EXPECT_FALSE(bool(*it)) << name;
-    --*it;
-    ASSERT_TRUE(bool(*it)) << name;
-    EXPECT_EQ(**it, 3) << name;
-    --*it;
-    EXPECT_EQ(**it, 2) << name;
+    expect(it += 4U, 5);
+    expect(it -= 2U, 3);
+    expect(it += 5, 8);
+    expect(it += -7, 1);
+    expect(it -= -8, 9);
+    expect(it -= 3, 6);
+    expect(it += 0U, 6);
+    expect(++it, 7);
+    expect(--it, 6);
+    expect(--it.ToFirst(), 0);
+    expect(++it, 1);
+    expect(++it.ToLast(), 0);
+    expect(--it, 9);
+    expect(--it, 8);
   }
 }
 
@@ -161,11 +152,9 @@ TEST(Iterator, ACopyStandsWhereItsSourceStoodAndGoesItsOwnWay) {
     std::unique_ptr<Const> it(make(shapes));
     *it += 2U;
     const std::unique_ptr<Const> copy(it->Copy());
-    const int expected = std::string(name) == "QZSortedIter" ? 1 : 3;  // its copy is listed anew
     ++*it;
     it.reset();
-    ASSERT_TRUE(bool(*copy)) << name;
-    EXPECT_EQ(**copy, expected) << name;
+    EXPECT_EQ(At(*copy), std::string(name) == "QZSortedIter" ? 1 : 3) << name << ": a sorted copy is listed anew";
     EXPECT_EQ(Forward(*copy), shapes.ints) << name;
   }
 }
@@ -183,7 +172,7 @@ TEST(Iterator, SnapshotsKeepWhatTheirSourceLoses) {
   EXPECT_EQ(Forward(*own), UpTo(3));
 }
 
-TEST(Iterator, ConvertsToAPointerToTheElement) {
+TEST(Iterator, ElementsAreReachedInPlace) {
   int value = 5;
   std::vector<int*> pointers = {&value};
   const QZVectorPtrIter<int> it(pointers);
@@ -192,124 +181,92 @@ TEST(Iterator, ConvertsToAPointerToTheElement) {
   QZSTLIter<DerefIterGuts<std::vector<int*>>> deref(pointers);
   *deref = 6;
   EXPECT_EQ(value, 6);
-}
-
-TEST(Iterator, BitsOfAVectorAreHeldByTheIterator) {
-  QZSTLCacheIter<ConstIterGuts<std::vector<bool>>> it({true, false, true});
-  EXPECT_TRUE(*it);
-  ++it;
-  EXPECT_FALSE(*it);
-  const std::unique_ptr<QZIterBase<const bool>> copy(it.Copy());
-  EXPECT_TRUE(*++it);
+  // Bits are held by the iterator.
+  QZSTLCacheIter<ConstIterGuts<std::vector<bool>>> bits({true, false, true});
+  EXPECT_TRUE(*bits);
+  ++bits;
+  const std::unique_ptr<QZIterBase<const bool>> copy(bits.Copy());
+  EXPECT_TRUE(*++bits);
   EXPECT_FALSE(**copy);
-  EXPECT_TRUE(*copy->ToLast());
 }
 
 // --- concatenation
 
+using Owner = std::unique_ptr<QZIterBase<int>>;
+
 QZIterBase<int>* Cache(Ints values) { return new QZCacheIter<int>(std::move(values)); }
 
 TEST(ConcatIter, PushOnAnyIteratorGivesOneSequence) {
-  const struct { Ints first, second; } cases[] = {{{}, {1, 2}}, {{1, 2}, {}}, {{1}, {2, 3}}, {{}, {}}};
-  for (const auto& each : cases) {
-    QZIterBase<int>* const first = Cache(each.first);
-    const std::unique_ptr<QZIterBase<int>> all(first->Push(Cache(each.second)));
-    Ints expected = each.first;
-    expected.insert(expected.end(), each.second.begin(), each.second.end());
+  for (const auto& [ones, twos] : {std::pair(0, 2), {2, 0}, {1, 2}, {0, 0}}) {
+    Ints expected = UpTo(ones + twos);
+    const auto middle = expected.begin() + ones;
+    QZIterBase<int>* const first = Cache(Ints(expected.begin(), middle));
+    const Owner all(first->Push(Cache(Ints(middle, expected.end()))));
     EXPECT_NE(all.get(), first);
-    ASSERT_EQ(bool(*all), !expected.empty());
-    if (*all) {
-      EXPECT_EQ(**all, 1) << "on the first element before any step";
-    }
+    EXPECT_EQ(At(*all), expected.empty() ? 0 : 1) << "on the first element before any step";
     EXPECT_EQ(Forward(*all), expected);
   }
 }
 
-TEST(ConcatIter, PushGoesOnWhereTheFirstRanOut) {
+TEST(ConcatIter, PushGoesOnWhereTheFirstRanOutAndStaysOnAnElement) {
   QZIterBase<int>* first = Cache({1, 2});
   *first += 2;
-  const std::unique_ptr<QZIterBase<int>> all(first->Push(Cache({3, 4})));
-  EXPECT_EQ(**all, 3);
-  *all += 2;
-  EXPECT_FALSE(bool(*all));
+  const Owner all(first->Push(Cache({3, 4})));
+  EXPECT_EQ(At(*all), 3);
+  EXPECT_EQ(At(*all += 2), 0);
   EXPECT_EQ(all->Push(Cache({5})), all.get());
-  EXPECT_EQ(**all, 5);
-  *all -= 2;
-  EXPECT_EQ(**all, 3) << "the last member is left by its front";
-  --*all;
-  EXPECT_EQ(**all, 2);
-}
-
-TEST(ConcatIter, PushStaysOnAnElement) {
-  QZIterBase<int>* first = Cache({1, 2});
-  ++*first;
-  const std::unique_ptr<QZIterBase<int>> all(first->Push(Cache({3})));
-  EXPECT_EQ(**all, 2);
-  EXPECT_EQ(all->Push(Cache({4})), all.get());
-  EXPECT_EQ(**all, 2);
+  EXPECT_EQ(At(*all), 5);
+  EXPECT_EQ(At(*all -= 2), 3) << "the last member is left by its front";
+  EXPECT_EQ(At(--*all), 2);
+  EXPECT_EQ(all->Push(Cache({6})), all.get());
+  EXPECT_EQ(At(*all), 2);
+  const Owner more(Cache({7})->Push(Cache({8})));
+  EXPECT_EQ(At(*more), 7);
 }
 
 TEST(ConcatIter, WithoutElementsIsOnNone) {
   QZConcatIter<int> none;
-  EXPECT_FALSE(bool(++none));
-  EXPECT_FALSE(bool(--none));
-  EXPECT_FALSE(bool(none.ToFirst()));
-  EXPECT_FALSE(bool(none.ToLast()));
+  EXPECT_EQ(At(++none) + At(--none) + At(none.ToFirst()) + At(none.ToLast()), 0);
   none.Push(Cache({}));
-  EXPECT_FALSE(bool(none));
-  EXPECT_FALSE(bool(--none.ToLast()));
+  EXPECT_EQ(At(none) + At(--none.ToLast()), 0);
   none.Push(nullptr)->Push(Cache({8}));
-  EXPECT_EQ(*none, 8);
-  EXPECT_EQ(*none.ToLast(), 8);
-}
-
-TEST(ConcatIter, AfterToLastOnNothingTheFirstMemberIsNext) {
-  QZConcatIter<int> all;
+  EXPECT_EQ(At(none), 8);
+  EXPECT_EQ(At(none.ToLast()), 8);
+  // After ToLast on nothing the first member is next.
+  QZConcatIter<int> all, back;
   all.ToLast();
   all.Push(Cache({1, 2}));
-  EXPECT_EQ(*all, 1);
-
-  QZConcatIter<int> back;
+  EXPECT_EQ(At(all), 1);
   back.ToLast();
   back.Push(nullptr);
-  EXPECT_FALSE(bool(--back));
+  EXPECT_EQ(At(--back), 0);
 }
 
 // --- selections
 
 TEST(PredIter, VisitsTheMatches) {
-  const struct {
-    Ints values, matches;
-  } cases[] = {{{}, {}}, {{2}, {}}, {{1}, {1}}, {{2, 1, 4, 3}, {1, 3}}, {{1, 3, 2}, {1, 3}}, {{2, 4}, {}}};
-  for (const auto& each : cases) {
-    Shapes shapes(each.values);
+  const std::pair<Ints, Ints> cases[] = {
+      {{}, {}}, {{2}, {}}, {{1}, {1}}, {{2, 1, 4, 3}, {1, 3}}, {{1, 3, 2}, {1, 3}}, {{2, 4}, {}}};
+  for (const auto& [values, matches] : cases) {
+    Shapes shapes(values);
     QZPredVectorPtrIter<Odd> it(shapes.pointers, Odd());
-    EXPECT_EQ(bool(it), !each.matches.empty());
-    if (it) {
-      EXPECT_EQ(*it, each.matches.front());
-    }
-    EXPECT_EQ(Forward(it), each.matches);
-    EXPECT_EQ(Backward(it), each.matches);
-    const std::unique_ptr<QZIterBase<int>> copy(it.ToFirst().Copy());
-    EXPECT_EQ(bool(*copy), bool(it));
-    EXPECT_EQ(Forward(*copy), each.matches);
+    EXPECT_EQ(At(it), matches.empty() ? 0 : 1);
+    EXPECT_EQ(Forward(it), matches);
+    EXPECT_EQ(Backward(it), matches);
+    const Owner copy(it.ToFirst().Copy());
+    EXPECT_EQ(At(*copy), At(it));
+    EXPECT_EQ(Forward(*copy), matches);
   }
 }
 
 TEST(PredIter, WithoutAMatchNoStepFindsOne) {
   Shapes shapes({2, 4, 6});
   QZPredVectorPtrIter<Odd> it(shapes.pointers, Odd());
-  // On creation it rests on the last element: let that match, and it is on it.
   *shapes.pointers.back() = 7;
-  ASSERT_TRUE(bool(it));
-  EXPECT_EQ(*it, 7);
+  EXPECT_EQ(At(it), 7) << "on creation it rests on the last element";
   *shapes.pointers.back() = 6;
-  for (int steps : {1, 1, -1, -5, 9, -9}) {
-    it += steps;
-    EXPECT_FALSE(bool(it)) << steps;
-  }
-  EXPECT_FALSE(bool(it.ToFirst()));
-  EXPECT_FALSE(bool(it.ToLast()));
+  for (int steps : {1, 1, -1, -5, 9, -9}) EXPECT_EQ(At(it += steps), 0) << steps;
+  EXPECT_EQ(At(it.ToFirst()) + At(it.ToLast()), 0);
 }
 
 TEST(PredIter, StopsAtANullPointerAndGoesOnBehindIt) {
@@ -317,9 +274,9 @@ TEST(PredIter, StopsAtANullPointerAndGoesOnBehindIt) {
   shapes.pointers[1] = nullptr;
   QZPredVectorPtrIter<Any> it(shapes.pointers, Any());
   EXPECT_FALSE(bool(++it));
-  EXPECT_EQ(*++it, 3);
+  EXPECT_EQ(At(++it), 3);
   EXPECT_FALSE(bool(--it));
-  EXPECT_EQ(*--it, 1);
+  EXPECT_EQ(At(--it), 1);
 }
 
 // --- sorted views
@@ -331,17 +288,14 @@ TEST(SortedIter, SortsStablyAndCopiesSorted) {
   QZSortedIter<int> it(source.release(), ByTens(asked));
   const Ints sorted = {5, 12, 11, 10, 31, 30, 32};
   EXPECT_EQ(Forward(it), sorted);
-  const std::unique_ptr<QZIterBase<int>> copy((it.ToFirst() += 3).Copy());
-  EXPECT_EQ(**copy, 5);
+  const Owner copy((it.ToFirst() += 3).Copy());
+  EXPECT_EQ(At(*copy), 5);
   EXPECT_EQ(Forward(*copy), sorted);
-}
-
-TEST(SortedIter, OneElementIsNotCompared) {
-  int asked = 0;
+  asked = 0;
   QZSortedIter<int> one(Cache({3}), ByTens(asked));
-  EXPECT_EQ(asked, 0);
+  EXPECT_EQ(asked, 0) << "one element isn't compared";
   QZSortedIter<int> two(Cache({30, 10}), ByTens(asked));
-  EXPECT_EQ(*two, 10);
+  EXPECT_EQ(At(two), 10);
   EXPECT_EQ(asked, 1);
 }
 
@@ -349,18 +303,12 @@ TEST(SortedIter, PushShowsInCopiesOnly) {
   int asked = 0;
   QZSortedIter<int> it(nullptr, ByTens(asked));
   EXPECT_FALSE(bool(it.ToLast()));
-  EXPECT_EQ(it.Push(Cache({20})), &it);
-  EXPECT_FALSE(bool(it));
-  EXPECT_EQ(it.Push(Cache({10, 30})), &it);
-  EXPECT_FALSE(bool(it));
-  const std::unique_ptr<QZIterBase<int>> copy(it.Copy());
+  for (const Ints& more : {Ints{20}, Ints{10, 30}}) {
+    EXPECT_EQ(it.Push(Cache(more)), &it);
+    EXPECT_FALSE(bool(it));
+  }
+  const Owner copy(it.Copy());
   EXPECT_EQ(Forward(*copy), (Ints{10, 20, 30}));
-}
-
-TEST(SortedIter, ConstElementsTakeTheOrderOfTheirType) {
-  int asked = 0;
-  QZSortedIter<const int> it(new QZCacheIter<const int>({20, 10}), ByTens(asked));
-  EXPECT_EQ(Forward(it), (Ints{10, 20}));
 }
 
 TEST(SortedIterCriterion, WithoutAnOrderNothingIsLess) {
@@ -369,23 +317,19 @@ TEST(SortedIterCriterion, WithoutAnOrderNothingIsLess) {
   const std::unique_ptr<SortedIterCriterion<int>> noneCopy(none.CreateCopy());
   EXPECT_FALSE((*noneCopy)(&a, &b) || *noneCopy);
   const std::unique_ptr<SortedIterCriterion<int>> copy(SortedIterCriterion<int>(ByTens(asked)).CreateCopy());
-  EXPECT_TRUE((*copy)(&a, &b));
-  EXPECT_FALSE((*copy)(&b, &a));
+  EXPECT_TRUE((*copy)(&a, &b) && !(*copy)(&b, &a));
+  QZSortedIter<const int> it(new QZCacheIter<const int>({20, 10}), ByTens(asked));
+  EXPECT_EQ(Forward(it), (Ints{10, 20})) << "const elements take the order of their type";
 }
 
 // --- the empty iterator and the owner
 
 TEST(EmptyIter, DereferencingItIsAnError) {
-  auto* const former = new QZErrorHandler(QZThrow);
-  qzosstream out;
-  QZThrow.SetOutputStream(out);
-  QZThrow.SetStrict(false);
+  Messages messages;
   const QZEmptyIter<std::string> it;
   EXPECT_EQ(it.operator->(), nullptr);
   static_cast<void>(*it);
-  QZThrow = *former;
-  delete former;
-  EXPECT_EQ(out.str(), "Warning: Dereferencing empty iterator\nWarning: Dereferencing empty iterator\n");
+  EXPECT_EQ(messages.Take(), "Warning: Dereferencing empty iterator\nWarning: Dereferencing empty iterator\n");
 }
 
 TEST(Iter, WalksEveryElementFromTheFirst) {
@@ -397,7 +341,7 @@ TEST(Iter, WalksEveryElementFromTheFirst) {
   for (int each : QZIter(Cache({4}))) seen.push_back(each);
   for (int each : QZIter<int>()) seen.push_back(each);
   for (int each : QZIter<int>(nullptr)) seen.push_back(each);
-  EXPECT_EQ(seen, (Ints{1, 2, 3, 4}));
+  EXPECT_EQ(seen, UpTo(4));
 }
 
 TEST(Iter, PushKeepsWhicheverIteratorGoesOn) {
