@@ -2,6 +2,7 @@
 // dot for every 1000 of them; and 20,000 with a dot for each. And reports to the console tracer that draw nothing. What
 // is printed goes to /dev/null.
 #include <fcntl.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <mutex>
@@ -83,6 +84,21 @@ void report(benchmark::State& st, Tracer& tracer) {
 BM("W17/report-undrawn/ours") {
   QZConsoleProgressTracer tracer("reading", 40, 1.0, 1e9);
   report(st, tracer);
+}
+
+// What such a report can't do without: a lock that nobody else wants, and the time of day.
+BM("W17/report-undrawn/limit_lock_and_clock") {
+  constexpr unsigned int reports = 1000000;
+  std::mutex mutex;
+  timeval now;
+  for (auto _ : st) {
+    for (unsigned int i = 0; i < reports; ++i) {
+      const std::lock_guard<std::mutex> lock(mutex);
+      gettimeofday(&now, nullptr);
+      benchmark::DoNotOptimize(now);
+    }
+  }
+  ops(st, reports);
 }
 
 int main(int argc, char** argv) {
