@@ -53,18 +53,12 @@ QZColor ByWalk(const QZColorGradientBase& gradient, double value) {
 }
 
 template <class Gradient>
-Gradient Filled(Gradient gradient, const std::vector<double>& values) {
+void ExpectAsByWalk(Gradient gradient, const std::vector<double>& stops, const std::vector<double>& values) {
   unsigned int i = 0;
-  for (const double value : values) {
+  for (const double stop : stops) {
     i = (i * 97 + 31) % 256;
-    gradient.AddStop(QZColorStop(value, QZColor(i, 255 - i, i * i % 256, i / 2)));
+    gradient.AddStop(QZColorStop(stop, QZColor(i, 255 - i, i * i % 256, i / 2)));
   }
-  return gradient;
-}
-
-template <class Gradient>
-void ExpectAsByWalk(const Gradient& empty, const std::vector<double>& stops, const std::vector<double>& values) {
-  const Gradient gradient = Filled(empty, stops);
   for (const double value : values) {
     EXPECT_EQ(gradient.GetColorAt(value).GetText(true), ByWalk(gradient, value).GetText(true))
         << value << " with an exponent " << gradient.TransformValue(2);
@@ -115,23 +109,21 @@ TEST(ColorGradient, GrayAtTheMiddleTellsTheKind) {
 }
 
 TEST(ColorGradient, TransformsAreOddAndRise) {
-  QZExponentColorGradient cube(3);
-  const struct {
-    double value, exponential, logarithmic, cubed;
-  } cases[] = {{0, 0, 0, 0}, {1, std::exp(1.0) - 1, std::log(2.0), 1}, {2.5, std::exp(2.5) - 1, std::log(3.5), 15.625}};
-  for (const auto& [value, exponential, logarithmic, cubed] : cases) {
+  for (const double value : {0.0, 1.0, 2.5}) {
     for (const double sign : {1.0, -1.0}) {
-      EXPECT_EQ(QZLinearColorGradient().TransformValue(sign * value), sign * value);
-      EXPECT_EQ(QZExponentialColorGradient().TransformValue(sign * value), sign * exponential) << value;
-      EXPECT_EQ(QZLogarithmicColorGradient().TransformValue(sign * value), sign * logarithmic) << value;
-      EXPECT_EQ(cube.TransformValue(sign * value), sign * cubed) << value;
+      const double x = sign * value;
+      EXPECT_EQ(QZLinearColorGradient().TransformValue(x), x);
+      EXPECT_EQ(QZExponentialColorGradient().TransformValue(x), sign * (std::exp(value) - 1)) << value;
+      EXPECT_EQ(QZLogarithmicColorGradient().TransformValue(x), sign * std::log(value + 1)) << value;
+      EXPECT_EQ(QZExponentColorGradient(3).TransformValue(x), x * x * x) << value;
     }
   }
 }
 
 TEST(ColorGradient, ExponentIsLimited) {
-  for (const auto& [given, kept] : std::vector<std::pair<double, double>>{
-           {0.01, 0.1}, {50, 10}, {10, 10}, {0.1, 0.1}, {2, 2}, {-3, 0.1}, {infinity, 10}, {std::nan(""), 0.1}}) {
+  const std::pair<double, double> cases[] = {{0.01, 0.1}, {50, 10},  {10, 10},       {0.1, 0.1},
+                                             {2, 2},      {-3, 0.1}, {infinity, 10}, {std::nan(""), 0.1}};
+  for (const auto& [given, kept] : cases) {
     EXPECT_EQ(QZExponentColorGradient(given).GetExponent(), kept) << given;
     QZExponentColorGradient gradient(5, black);
     gradient.SetExponent(given);
