@@ -1,91 +1,64 @@
 // Interfaces from texts and command lines, parameter files, and all that is written of them.
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "qz/system.h"
 #include "tests/faults/faults.h"
+#include "tests/platform/streamtest.h"
 
 using namespace QZSystem;
+using streamtest::Folder;
 
 namespace {
 
-const char* const configuration = R"(
-!BRIEF Filters a file of records and does it well
-!PARAMETER -in
-  !TYPE string
-  !REQUIRED true
-  !KEYLESS 1
-  !ALIAS -input_file_with_a_long_name
-  !BRIEF The file that is read, with a description of some length
-!END
-!PARAMETER -count
-  !TYPE int
-  !LIST true
-  !DEFAULT 3
-  !LEGAL_RANGE 0 1000
-  !ILLEGAL_VALUE 13
-!END
-!PARAMETER -settings
-  !TYPE param_file
-!END
-!PARAMETER -table
-  !TYPE file
-!END
-!CATEGORY "Details of the run" 2
-  !BRIEF More of it
-  !DETAIL
-    A line of detail, see :ref:$the count$-count$
-  !PARAMETER -mode
-    !TYPE const
-    !LEGAL_VALUE 1
-    !LEGAL_VALUE fast
-    !DEFAULT fast
-  !END
-  !PARAMETER -scale
-    !TYPE double
-    !DEFAULT 0.5
-    !VISIBILITY hidden
-  !END
-  !PARAMETER -v
-    !TYPE bool
-    !DEFAULT false
-  !END
-!END
-)";
+// The lines of a configuration.
+std::string lines(std::string text) {
+  std::replace(text.begin(), text.end(), ';', '\n');
+  return text;
+}
 
-const char* const filterConfiguration = R"(
-!PARAMETER -v
-  !TYPE bool
-  !DEFAULT false
-!END
-!PARAMETER -s
-  !TYPE bool
-  !DEFAULT false
-!END
-!PARAMETER -files
-  !TYPE string
-  !LIST true
-  !KEYLESS 1
-!END
-)";
+const std::string configuration = lines(
+    "!BRIEF Filters a file of records and does it well;"
+    "!PARAMETER -in; !TYPE string; !REQUIRED true; !KEYLESS 1; !ALIAS -input_file_with_a_long_name;"
+    "  !BRIEF The file that is read, with a description of some length; !END;"
+    "!PARAMETER -count; !TYPE int; !LIST true; !DEFAULT 3; !LEGAL_RANGE 0 1000; !ILLEGAL_VALUE 13; !END;"
+    "!PARAMETER -settings; !TYPE param_file; !END;"
+    "!PARAMETER -table; !TYPE file; !END;"
+    "!CATEGORY \"Details of the run\" 2; !BRIEF More of it; !DETAIL;"
+    "    A line of detail, see :ref:$the count$-count$;"
+    "  !PARAMETER -mode; !TYPE const; !LEGAL_VALUE 1; !LEGAL_VALUE fast; !DEFAULT fast; !END;"
+    "  !PARAMETER -scale; !TYPE double; !DEFAULT 0.5; !VISIBILITY hidden; !END;"
+    "  !PARAMETER -v; !TYPE bool; !DEFAULT false; !END;"
+    "!END;");
 
-const unsigned char requirements[] =
-    "!REQUIREMENT\n  !OPTION -in a_file_with_a_long_name.qzr -count 7\n  !OPTION !-v\n  !ERROR_MSG\n    Give "
-    "both.\n!END\n";
+const std::string filterConfiguration = lines(
+    "!PARAMETER -v; !TYPE bool; !DEFAULT false; !END;"
+    "!PARAMETER -s; !TYPE bool; !DEFAULT false; !END;"
+    "!PARAMETER -files; !TYPE string; !LIST true; !KEYLESS 1; !END;");
+
+const std::string wrongConfiguration = lines(
+    "!PARAMETER -a; !TYPE int; !DEFAULT no_number_and_long; !LEGAL_RANGE a; !END;"
+    "!CATEGORY \"b; !END;"
+    "!PARAMETER -c; !TYPE nothing_that_is_known; !END;");
+
+const std::string requirements = lines(
+    "!REQUIREMENT; !OPTION -in a_file_with_a_long_name.qzr -count 7; !OPTION !-v; !ERROR_MSG;    Give both.;!END;");
+
+bool configure(QZInterface& itf, const std::string& text) {
+  return QZConfigure(itf, reinterpret_cast<const unsigned char*>(text.c_str()));
+}
 
 // The arguments of a command line, as `main` has them.
-class Arguments {
- public:
+struct Arguments {
   explicit Arguments(std::vector<std::string> given) : texts(std::move(given)) {
-    for (std::string& text : texts) pointers.push_back(text.data());
+    for (std::string& text : texts) values.push_back(text.data());
+    count = static_cast<int>(values.size());
   }
-  int Count() const { return static_cast<int>(pointers.size()); }
-  char** Values() { return pointers.data(); }
-
- private:
   std::vector<std::string> texts;
-  std::vector<char*> pointers;
+  std::vector<char*> values;
+  int count = 0;
 };
 
 std::string written(const QZInterface& itf) {
@@ -96,38 +69,30 @@ std::string written(const QZInterface& itf) {
 
 // Whatever has happened to an interface, it can be used up to its end.
 void expectSound(QZInterface& itf) {
-  static const std::string expected = written(QZInterface(configuration));
+  static const std::string expected = written(QZInterface(configuration.c_str()));
   const QZInterface copy(itf);
   EXPECT_EQ(written(copy), written(itf));
   itf.Clear();
-  EXPECT_TRUE(QZConfigure(itf, reinterpret_cast<const unsigned char*>(configuration)));
+  EXPECT_TRUE(configure(itf, configuration));
   EXPECT_EQ(written(itf), expected);
 }
 
-void textIsConfigured(Attempt& attempt) {
-  QZInterface itf;
-  const std::string text = configuration;
+const Road textIsConfigured("TextIsConfigured", allocations, [](Attempt& attempt) {
+  QZInterface itf, wrong;
   attempt([&] {
     qzisstream in;
-    in.set(text.data(), text.size(), false);
-    const QZInterface constructed(configuration);
-    return QZConfigure(itf, in) && QZConfigure(itf, reinterpret_cast<const unsigned char*>("!CATEGORY a\n!END\n"));
+    in.set(configuration);
+    const QZInterface constructed(configuration.c_str());
+    return QZConfigure(itf, in) && configure(itf, "!CATEGORY a\n!END\n");
   });
   expectSound(itf);
-}
+  attempt([&] { return !configure(wrong, wrongConfiguration); });
+  expectSound(wrong);
+});
 
-void wrongTextIsConfigured(Attempt& attempt) {
-  QZInterface itf;
-  const std::string text =
-      "!PARAMETER -a\n!TYPE int\n!DEFAULT no_number_and_long\n!LEGAL_RANGE a\n!END\n!CATEGORY \"b\n!END\n"
-      "!PARAMETER -c\n!TYPE nothing_that_is_known\n!END\n";
-  attempt([&] { return !QZConfigure(itf, reinterpret_cast<const unsigned char*>(text.c_str())); });
-  expectSound(itf);
-}
-
-void interfaceIsCopied(Attempt& attempt) {
-  const QZInterface itf(configuration);
-  QZInterface target(filterConfiguration);
+const Road interfaceIsCopied("InterfaceIsCopied", allocations, [](Attempt& attempt) {
+  const QZInterface itf(configuration.c_str());
+  QZInterface target(filterConfiguration.c_str());
   const bool done = attempt([&] {
     const QZInterface copy(itf);
     target = copy;
@@ -136,10 +101,10 @@ void interfaceIsCopied(Attempt& attempt) {
   });
   EXPECT_TRUE(!done || target.GetParameter("-in") == nullptr);
   expectSound(target);
-}
+});
 
-void interfaceIsChanged(Attempt& attempt) {
-  QZInterface itf(configuration);
+const Road interfaceIsChanged("InterfaceIsChanged", allocations | firstUse, [](Attempt& attempt) {
+  QZInterface itf(configuration.c_str());
   attempt([&] {
     QZParameter* const made = itf.AddParameter("int");
     if (made == nullptr || !made->SetName("-made") || !made->AddDetail(std::string(50, 'd'))) return false;
@@ -149,92 +114,82 @@ void interfaceIsChanged(Attempt& attempt) {
     return itf.AddParameter("nothing") == nullptr && itf.DeleteParameter(*made) && itf.DeleteInterface(*category);
   });
   expectSound(itf);
-}
+});
 
-void commandLineIsParsed(Attempt& attempt) {
-  static const TemporaryFile settings("# comment\n-scale 2.5\n-count 7 8 'and' \n-mode 1\n-unknown 3\n");
-  static const TemporaryFile good("-scale 2.5\n-count 7 8\n");
-  static const TemporaryFile table(std::string(40000, 't'));
-  QZInterface itf(configuration);
-  Arguments arguments({"program", "-settings", good.Path(), "-table", table.Path(), "-v", "--unset-mode",
-                       "a_file_with_a_long_name.qzr"});
-  Arguments wrong({"program", "-settings", settings.Path(), "-count", "13", "-x", "word"});
+const Road commandLineIsParsed("CommandLineIsParsed", allocations | calls, [](Attempt& attempt) {
+  static const Folder folder;
+  static const std::string good = folder.File("good", "-scale 2.5\n-count 7 8\n");
+  static const std::string bad = folder.File("bad", "# comment\n-scale 2.5\n-count 7 8 'and' \n-mode 1\n-unknown 3\n");
+  static const std::string table = folder.File("table", std::string(40000, 't'));
+  QZInterface itf(configuration.c_str());
+  Arguments right({"program", "-settings", good, "-table", table, "-v", "--unset-mode", "a_file_with_a_long_name.qzr"});
+  Arguments wrong({"program", "-settings", bad, "-count", "13", "-x", "word"});
+  const auto parse = [](QZInterface& into, Arguments& arguments) {
+    const auto* const required = reinterpret_cast<const unsigned char*>(requirements.c_str());
+    return QZParseCommandLine(into, "1", arguments.count, arguments.values.data(), required, QZErrorLevel::Warning,
+                              false);
+  };
   const bool done = attempt([&] {
     QZInterface other(itf);
-    QZParseCommandLine(other, "1", wrong.Count(), wrong.Values(), requirements, QZErrorLevel::Warning, false);
-    return QZParseCommandLine(itf, "1", arguments.Count(), arguments.Values(), requirements, QZErrorLevel::Warning,
-                              false);
+    parse(other, wrong);
+    return parse(itf, right);
   });
   double scale = 0;
   if (done) QZTypedParameter<double>::From(itf.GetParameter("-scale"))->GetSetting(scale);
   EXPECT_EQ(scale, done ? 2.5 : 0);
   expectSound(itf);
-}
+});
 
-void filterLineIsParsed(Attempt& attempt) {
-  QZInterface itf(filterConfiguration);
-  Arguments arguments({"program", "-vs", "-s", "first_file_with_a_long_name", "-second"});
-  const bool done = attempt([&] {
-    return QZParseCommandLineLW(itf, "1", arguments.Count(), arguments.Values(), nullptr, QZErrorLevel::Warning);
+const Road filterLineAndFileAreParsed("FilterLineAndFileAreParsed", allocations, [](Attempt& attempt) {
+  QZInterface filter(filterConfiguration.c_str()), itf(configuration.c_str());
+  Arguments line({"program", "-vs", "-s", "first_file_with_a_long_name", "-second"});
+  const bool hasLine = attempt([&] {
+    return QZParseCommandLineLW(filter, "1", line.count, line.values.data(), nullptr, QZErrorLevel::Warning);
   });
-  EXPECT_TRUE(!done || itf.GetParameter("-files")->GetStringValue(1) == "-second");
+  EXPECT_TRUE(!hasLine || filter.GetParameter("-files")->GetStringValue(1) == "-second");
+  expectSound(filter);
+  const bool hasFile = attempt([&] {
+    qzisstream in;
+    in.set("-in 'a name with blanks in it'\n-count 1 2 3\n-scale 1e3\n");
+    return QZParseParameterFile(itf, in, true, QZErrorLevel::Warning);
+  });
+  EXPECT_TRUE(!hasFile || itf.GetParameter("-count")->GetStringValue(2) == "3");
   expectSound(itf);
-}
+});
 
-void parameterFileIsParsed(Attempt& attempt) {
-  QZInterface itf(configuration);
-  const std::string text = "-in 'a name with blanks in it'\n-count 1 2 3\n-scale 1e3\n";
-  qzisstream in;
-  in.set(text.data(), text.size(), false);
-  const bool done = attempt([&] { return QZParseParameterFile(itf, in, true, QZErrorLevel::Warning); });
-  EXPECT_TRUE(!done || itf.GetParameter("-count")->GetStringValue(2) == "3");
-  expectSound(itf);
-}
-
-void everythingIsWritten(Attempt& attempt) {
-  QZInterface itf(configuration);
+const Road everythingIsWritten("EverythingIsWritten", allocations, [] {
+  QZInterface itf(configuration.c_str());
   itf.GetParameter("-count")->SetStringValues("4 5 6");
-  const auto write = [&](qzostream& out) {
-    QZWriteInterfaceConfigurationFile(itf, out);
-    QZWriteSettings(itf, out, true, "a mode");
-    QZWriteJSON(itf, out);
-    QZWriteHtml(itf, out, "program", "1");
-    WriteBriefHelpDescription(itf, "program", out, 2, 40);
-    QZTextWriter writer(out);
-    WriteDefaultsImpl(itf, writer);
-    for (const QZParameter& parameter : QZIter(itf.GetParameters(true))) {
-      WriteParameterDetailImpl(&parameter, writer);
-      QZWriteParameterLatex(parameter, out);
-    }
-    writer.End();
-  };
-  qzosstream reference, out;
-  write(reference);
-  const bool done = attempt([&] {
-    write(out);
-    return !out.failed();
-  });
-  EXPECT_TRUE(!done || out.str() == reference.str());
-  expectSound(itf);
-}
+  qzosstream out;
+  QZWriteInterfaceConfigurationFile(itf, out);
+  QZWriteSettings(itf, out, true, "a mode");
+  QZWriteJSON(itf, out);
+  QZWriteHtml(itf, out, "program", "1");
+  WriteBriefHelpDescription(itf, "program", out, 2, 40);
+  QZTextWriter writer(out);
+  WriteDefaultsImpl(itf, writer);
+  for (const QZParameter& parameter : QZIter(itf.GetParameters(true))) {
+    WriteParameterDetailImpl(&parameter, writer);
+    QZWriteParameterLatex(parameter, out);
+  }
+  writer.End();
+  return out.failed() ? "failed" : out.str();
+});
 
-void helpIsGiven(Attempt& attempt) {
-  const QZInterface itf(configuration);
-  const TemporaryFile program;
-  const std::string page = program.Path() + "_help.html";
+const Road helpIsGiven("HelpIsGiven", allocations | calls, [](Attempt& attempt) {
+  static const Folder folder;
+  const QZInterface itf(configuration.c_str());
   attempt([&] {
-    bool given = true;
-    for (const char* const word : {"simple", "all", "defaults", "versions", "count", "none", "html"}) {
-      Arguments arguments({program.Path(), "--help", word});
-      qzosstream out;
-      given = QZCheckHelp(itf, arguments.Count(), arguments.Values(), true, out) && given;
-    }
     Arguments alone({"program"});
     qzosstream out;
-    return QZCheckHelp(itf, alone.Count(), alone.Values(), true, out) && given;
+    bool given = QZCheckHelp(itf, alone.count, alone.values.data(), true, out);
+    for (const char* const word : {"simple", "all", "defaults", "versions", "count", "none", "html"}) {
+      Arguments arguments({folder / "program", "--help", word});
+      given = QZCheckHelp(itf, arguments.count, arguments.values.data(), true, out) && given;
+    }
+    return given;
   });
-  std::remove(page.c_str());
-}
+});
 
 template <class Parameter>
 void changeParameter(Attempt& attempt, const char* values, const char* legal) {
@@ -255,40 +210,11 @@ void changeParameter(Attempt& attempt, const char* values, const char* legal) {
   EXPECT_TRUE(parameter.GetHasValue(0) && !parameter.GetHasValue(1));
 }
 
-void parametersAreChanged(Attempt& attempt) {
+const Road parametersAreChanged("ParametersAreChanged", allocations, [](Attempt& attempt) {
   changeParameter<QZIntParameter>(attempt, "4 4,4 4", "4");
   changeParameter<QZDoubleParameter>(attempt, "0.5 0.5", "0.5");
   changeParameter<QZStringParameter>(attempt, "a_text_that_is_longer_than_a_string",
                                      "a_text_that_is_longer_than_a_string");
-}
-
-const Road roads[] = {
-    {"TextIsConfigured", textIsConfigured},
-    {"WrongTextIsConfigured", wrongTextIsConfigured},
-    {"InterfaceIsCopied", interfaceIsCopied},
-    {"InterfaceIsChanged", interfaceIsChanged},
-    {"CommandLineIsParsed", commandLineIsParsed},
-    {"FilterLineIsParsed", filterLineIsParsed},
-    {"ParameterFileIsParsed", parameterFileIsParsed},
-    {"EverythingIsWritten", everythingIsWritten},
-    {"HelpIsGiven", helpIsGiven},
-    {"ParametersAreChanged", parametersAreChanged},
-};
-const Road callRoads[] = {
-    {"CommandLineIsParsed", commandLineIsParsed},
-    {"HelpIsGiven", helpIsGiven},
-};
-const Road firstUses[] = {{"InterfaceIsChanged", interfaceIsChanged}};
-
-INSTANTIATE_TEST_SUITE_P(CommandLine, Roads,
-                         testing::Combine(testing::ValuesIn(roads),
-                                          testing::Values(Fails::Allocation, Fails::AllocationsFrom)),
-                         NameOfCase);
-INSTANTIATE_TEST_SUITE_P(CommandLineCalls, Roads,
-                         testing::Combine(testing::ValuesIn(callRoads), testing::Values(Fails::Call, Fails::CallsFrom)),
-                         NameOfCase);
-INSTANTIATE_TEST_SUITE_P(CommandLine, FirstUses,
-                         testing::Combine(testing::ValuesIn(firstUses), testing::Values(Fails::Allocation)),
-                         NameOfCase);
+});
 
 }  // namespace

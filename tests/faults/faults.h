@@ -2,14 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <memory>
-#include <new>
-#include <ostream>
+#include <functional>
 #include <string>
-#include <tuple>
-
-#include "qz/platform/syscalls_impl.h"
 
 /// What is made to fail: the n-th allocation or call of the system, alone or with all that follow it.
 enum class Fails { Allocation, AllocationsFrom, Call, CallsFrom };
@@ -28,8 +22,7 @@ class Attempt {
 
   /// Runs a part of the road that tells whether it succeeded, and returns that. A part must succeed as long as the
   /// fault hasn't been met; behind it, it may give false, or let std::bad_alloc out where it was an allocation.
-  template <class Part>
-  bool operator()(Part part);
+  bool operator()(const std::function<bool()>& part);
 
   /// Whether the fault has been met.
   bool Met() const { return count >= nth && nth != 0; }
@@ -37,97 +30,26 @@ class Attempt {
   bool IsForGood() const { return fault == Fails::AllocationsFrom || fault == Fails::CallsFrom; }
 
  private:
-  bool OfMemory() const { return fault == Fails::Allocation || fault == Fails::AllocationsFrom; }
-
-  template <class Part>
-  bool WithoutMemory(Part part);
-  template <class Part>
-  bool WithoutSystem(Part part);
+  bool WithoutMemory(const std::function<bool()>& part);
+  bool WithoutSystem(const std::function<bool()>& part);
 
   Fails fault;
   unsigned long nth;
   unsigned long count = 0;
 };
 
-/// A way through the library, which may be gone any number of times.
+/// What a road is tested for, added up.
+constexpr unsigned allocations = 1;
+constexpr unsigned calls = 2;     // of the system
+constexpr unsigned firstUse = 4;  // each passage is in a process of its own: what the library makes at its first use
+
+/// A way through the library, which may be gone any number of times. Each road that is made becomes tests: it is gone
+/// over and over, with the fault one place further on each time, until it doesn't meet it.
+///
+///     const Road textIsCopied("TextIsCopied", allocations, [](Attempt& attempt) { ... });
 struct Road {
-  const char* name;
-  void (*run)(Attempt& attempt);
+  Road(const char* name, unsigned testedFor, const std::function<void(Attempt& attempt)>& run);
+
+  /// A road that makes a text, each time the same one.
+  Road(const char* name, unsigned testedFor, std::string (*make)());
 };
-
-inline void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
-
-/// Each road is gone over and over, with the fault one place further on each time, until it doesn't meet it.
-class Roads : public testing::TestWithParam<std::tuple<Road, Fails>> {};
-
-/// What is made at the first use of the library in a process. Each passage runs in a process of its own.
-class FirstUses : public testing::TestWithParam<std::tuple<Road, Fails>> {};
-
-std::string NameOfCase(const testing::TestParamInfo<std::tuple<Road, Fails>>& info);
-
-/// A name in the folder of temporary files that no other process has, and nobody after the test.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& content = {});
-  ~TemporaryFile();
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  const std::string& Path() const { return path; }
-  std::string Content() const;
-
- private:
-  std::string path;
-};
-
-/// The allocations of this thread, as the global operator new counts and refuses them.
-namespace Allocations {
-
-struct Schedule {
-  bool active = false;
-  unsigned long nth = 0;  // from 1; 0 refuses none
-  bool fromThere = false;
-  unsigned long count = 0;
-};
-extern thread_local Schedule schedule;
-
-/// Counts an allocation; true if it is refused.
-bool Refused();
-
-}  // namespace Allocations
-
-template <class Part>
-bool Attempt::WithoutMemory(Part part) {
-  struct Armed {
-    Armed(unsigned long nth, bool fromThere, unsigned long count) {
-      Allocations::schedule = {true, nth, fromThere, count};
-    }
-    ~Armed() { Allocations::schedule.active = false; }
-  };
-  bool done = false;
-  try {
-    const Armed armed(nth, IsForGood(), count);
-    done = part();
-  } catch (const std::bad_alloc&) {
-    done = false;
-  }
-  count = Allocations::schedule.count;
-  return done;
-}
-
-template <class Part>
-bool Attempt::WithoutSystem(Part part) {
-  namespace System = QZPlatform::SystemCalls;
-  const unsigned long left = nth > count ? nth - count : IsForGood() && nth != 0 ? 1 : 0;
-  System::ScheduledFault scheduled(System::Call::Any, left, System::Fault::Fail(EIO), IsForGood());
-  const bool done = part();
-  count += scheduled.Count();
-  return done;
-}
-
-template <class Part>
-bool Attempt::operator()(Part part) {
-  const bool done = OfMemory() ? WithoutMemory(part) : WithoutSystem(part);
-  EXPECT_TRUE(done || Met()) << "failed without a fault";
-  return done;
-}

@@ -1,37 +1,46 @@
 #include "tests/faults/faults.h"
 
-#include <gmock/gmock.h>
+#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zlib.h>
 
+#include <cerrno>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <new>
 
+#include "qz/platform/syscalls_impl.h"
 #include "qz/system/frame/error.h"
 #include "qz/system/frame/errorimpl.h"
 
-// The global allocation functions. The sanitizers see the blocks of malloc.
+namespace {
 
-thread_local Allocations::Schedule Allocations::schedule;
+// The allocations of this thread, as the functions below count and refuse them.
+struct Schedule {
+  bool active = false;
+  unsigned long nth = 0;  // from 1; 0 refuses none
+  bool fromThere = false;
+  unsigned long count = 0;
+};
+thread_local Schedule schedule;
 
-bool Allocations::Refused() {
+bool refused() {
   if (!schedule.active) return false;
   ++schedule.count;
   return schedule.nth != 0 && (schedule.count == schedule.nth || (schedule.fromThere && schedule.count > schedule.nth));
 }
 
-namespace {
-
-void* allocateOrNull(std::size_t size) { return Allocations::Refused() ? nullptr : std::malloc(size == 0 ? 1 : size); }
+// The sanitizers see the blocks of malloc.
+void* allocateOrNull(std::size_t size) { return refused() ? nullptr : std::malloc(size == 0 ? 1 : size); }
 
 void* allocate(std::size_t size) {
   void* const block = allocateOrNull(size);
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
+
+voidpf allocateForZlib(voidpf, uInt items, uInt size) { return allocateOrNull(std::size_t{items} * size); }
+void freeForZlib(voidpf, voidpf block) { std::free(block); }
 
 }  // namespace
 
@@ -46,9 +55,44 @@ void* allocate(std::size_t size) {
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 [[gnu::noinline]] void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
-namespace {
+// Stands before the one of zlib, so that its allocations are counted too.
+extern "C" int deflateInit2_(z_streamp stream, int level, int method, int windowBits, int memLevel, int strategy,
+                             const char* version, int size) {
+  static const auto real = reinterpret_cast<decltype(&deflateInit2_)>(::dlsym(RTLD_NEXT, "deflateInit2_"));
+  stream->zalloc = allocateForZlib;
+  stream->zfree = freeForZlib;
+  return real(stream, level, method, windowBits, memLevel, strategy, version, size);
+}
 
-constexpr unsigned long mostPlaces = 100000;
+bool Attempt::WithoutMemory(const std::function<bool()>& part) {
+  bool done = false;
+  schedule = {true, nth, IsForGood(), count};
+  try {
+    done = part();
+  } catch (const std::bad_alloc&) {
+  }
+  schedule.active = false;
+  count = schedule.count;
+  return done;
+}
+
+bool Attempt::WithoutSystem(const std::function<bool()>& part) {
+  namespace System = QZPlatform::SystemCalls;
+  const unsigned long left = nth > count ? nth - count : IsForGood() && nth != 0 ? 1 : 0;
+  System::ScheduledFault scheduled(System::Call::Any, left, System::Fault::Fail(EIO), IsForGood());
+  const bool done = part();
+  count += scheduled.Count();
+  return done;
+}
+
+bool Attempt::operator()(const std::function<bool()>& part) {
+  const bool ofMemory = fault == Fails::Allocation || fault == Fails::AllocationsFrom;
+  const bool done = ofMemory ? WithoutMemory(part) : WithoutSystem(part);
+  EXPECT_TRUE(done || Met()) << "failed without a fault";
+  return done;
+}
+
+namespace {
 
 // Forms each message, as one that prints it does, and keeps it back; none ends the process.
 class MessageSwallower final : public QZSystem::QZErrorHandlerImplBase {
@@ -57,72 +101,72 @@ class MessageSwallower final : public QZSystem::QZErrorHandlerImplBase {
   MessageSwallower* CreateCopy() const override { return new MessageSwallower(*this); }
 };
 
-// The first passage that doesn't meet the fault is the last.
-template <class Passage>
-void goAlong(Passage passage) {
-  for (unsigned long nth = 1; nth != mostPlaces; ++nth) {
-    SCOPED_TRACE("fault " + std::to_string(nth));
-    testing::Test::RecordProperty("faults", std::to_string(nth - 1));
-    if (!passage(nth) || testing::Test::HasFailure()) return;
-  }
-  FAIL() << "the road doesn't end";
-}
+// A passage, and whether it met the fault.
+using Passage = std::function<bool(unsigned long nth)>;
 
-enum PassageEnd { ended = 0, wentWrong = 1, metFault = 3 };
+class RoadTest : public testing::Test {
+ public:
+  explicit RoadTest(Passage gone) : passage(std::move(gone)) {}
 
-PassageEnd inAnotherProcess(const Road& road, Fails fault, unsigned long nth) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    Attempt attempt(fault, nth);
-    road.run(attempt);
-    std::exit(testing::Test::HasFailure() ? wentWrong : attempt.Met() ? metFault : ended);
+  void TestBody() override {
+    constexpr unsigned long mostPlaces = 100000;
+    for (unsigned long nth = 1; nth != mostPlaces; ++nth) {
+      SCOPED_TRACE("fault " + std::to_string(nth));
+      if (!passage(nth) || HasFailure()) return;
+    }
+    FAIL() << "the road doesn't end";
   }
-  int status = -1;
-  ::waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
-  const int code = WIFEXITED(status) ? WEXITSTATUS(status) : wentWrong;
-  EXPECT_THAT(code, testing::AnyOf(ended, metFault));
-  return code == metFault ? metFault : ended;
+
+ private:
+  Passage passage;
+};
+
+void addTest(const std::string& name, const Passage& passage) {
+  testing::RegisterTest("Roads", name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
+                        [passage] { return new RoadTest(passage); });
 }
 
 }  // namespace
 
-TEST_P(Roads, Survive) {
-  QZSystem::QZThrow.SetHandlerImpl(new MessageSwallower, true);
-  const auto& [road, fault] = GetParam();
-  // Once without a fault, so that what is made at first use is there.
-  Attempt undisturbed(fault, 0);
-  road.run(undisturbed);
-  goAlong([&road = road, fault = fault](unsigned long nth) {
-    Attempt attempt(fault, nth);
-    road.run(attempt);
-    return attempt.Met();
+Road::Road(const char* name, unsigned testedFor, const std::function<void(Attempt& attempt)>& run) {
+  const auto add = [=](const char* kind, Fails fault) {
+    addTest(name + std::string(kind), [=](unsigned long nth) {
+      QZSystem::QZThrow.SetHandlerImpl(new MessageSwallower, true);
+      Attempt undisturbed(fault, 0), attempt(fault, nth);
+      if (nth == 1) run(undisturbed);  // what is made at first use is there from now on
+      run(attempt);
+      QZSystem::QZThrow.SetHandlerImpl(nullptr, true);
+      return attempt.Met();
+    });
+  };
+  if (testedFor & allocations) {
+    add("WithoutAnAllocation", Fails::Allocation);
+    add("WithoutMemory", Fails::AllocationsFrom);
+  }
+  if (testedFor & calls) {
+    add("WithoutACall", Fails::Call);
+    add("WithoutTheSystem", Fails::CallsFrom);
+  }
+  if (!(testedFor & firstUse)) return;
+  addTest(name + std::string("AtFirstUse"), [=](unsigned long nth) {
+    constexpr int ended = 0, wentWrong = 1, metFault = 3;
+    const pid_t child = ::fork();
+    if (child == 0) {
+      Attempt attempt(Fails::Allocation, nth);
+      run(attempt);
+      std::exit(testing::Test::HasFailure() ? wentWrong : attempt.Met() ? metFault : ended);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    EXPECT_TRUE(WEXITSTATUS(status) == ended || WEXITSTATUS(status) == metFault) << WEXITSTATUS(status);
+    return WEXITSTATUS(status) == metFault;
   });
-  QZSystem::QZThrow.SetHandlerImpl(nullptr, true);
 }
 
-TEST_P(FirstUses, Survive) {
-  const auto& [road, fault] = GetParam();
-  goAlong([&road = road, fault = fault](unsigned long nth) { return inAnotherProcess(road, fault, nth) == metFault; });
-}
-
-std::string NameOfCase(const testing::TestParamInfo<std::tuple<Road, Fails>>& info) {
-  static const char* const names[] = {"Allocation", "AllocationsFrom", "Call", "CallsFrom"};
-  return std::string(std::get<0>(info.param).name) + "_" + names[static_cast<int>(std::get<1>(info.param))];
-}
-
-TemporaryFile::TemporaryFile(const std::string& content) {
-  static int count = 0;
-  path = testing::TempDir() + "qz_faults_" + std::to_string(::getpid()) + "_" + std::to_string(++count);
-  if (!content.empty()) std::ofstream(path, std::ios::binary) << content;
-}
-
-TemporaryFile::~TemporaryFile() {
-  std::error_code ignored;
-  std::filesystem::remove(path, ignored);
-}
-
-std::string TemporaryFile::Content() const {
-  std::ifstream file(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(file), {});
-}
+Road::Road(const char* name, unsigned testedFor, std::string (*make)())
+    : Road(name, testedFor, [make](Attempt& attempt) {
+        const std::string expected = make();
+        std::string made;
+        EXPECT_TRUE(!attempt([&] { return made = make(), true; }) || made == expected);
+      }) {}

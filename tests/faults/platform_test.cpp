@@ -1,94 +1,77 @@
 // Streams, files and their replacement, compression, tables, iterators, tags and holders.
-#include <dlfcn.h>
-#include <zlib.h>
-
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "qz/system.h"
 #include "tests/faults/faults.h"
+#include "tests/platform/streamtest.h"
 #include "tools/common/csv.h"
 
 using namespace QZSystem;
-
-namespace {
-
-voidpf allocateForZlib(voidpf, uInt items, uInt size) {
-  return Allocations::Refused() ? nullptr : std::malloc(std::size_t{items} * size);
-}
-void freeForZlib(voidpf, voidpf block) { std::free(block); }
-
-}  // namespace
-
-// Stands before the one of zlib, so that its allocations are counted too.
-extern "C" int deflateInit2_(z_streamp stream, int level, int method, int windowBits, int memLevel, int strategy,
-                             const char* version, int size) {
-  static const auto real = reinterpret_cast<decltype(&deflateInit2_)>(::dlsym(RTLD_NEXT, "deflateInit2_"));
-  stream->zalloc = allocateForZlib;
-  stream->zfree = freeForZlib;
-  return real(stream, level, method, windowBits, memLevel, strategy, version, size);
-}
+using streamtest::Content;
+using streamtest::Folder;
 
 namespace {
 
 using Texts = std::vector<std::string>;
 
 // More than the buffers of a stream, with lines longer than one.
-std::string longText() {
-  std::string text = std::string(40000, 'a') + "\nshort\n";
-  for (int i = 0; i != 8000; ++i) text += "line " + std::to_string(i) + "\n";
-  return text;
+const std::string& longText() {
+  static const std::string made = [] {
+    std::string text = std::string(40000, 'a') + "\nshort\n";
+    for (int i = 0; i != 8000; ++i) text += "line " + std::to_string(i) + "\n";
+    return text;
+  }();
+  return made;
 }
 
-void fileIsWritten(Attempt& attempt) {
-  const std::string text = longText();
-  const TemporaryFile file;
+const std::string& longFile() {
+  static const Folder folder;
+  static const std::string path = folder.File("long", longText());
+  return path;
+}
+
+const Road fileIsWritten("FileIsWritten", allocations | calls, [](Attempt& attempt) {
+  const Folder folder;
   qzofstream out;
   const bool written = attempt([&] {
-    out.open(file.Path());
-    out << text << 12 << ' ' << 0.25;
+    out.open(folder / "a");
+    out << longText() << 12 << ' ' << 0.25;
     return out.close();
   });
-  EXPECT_TRUE(!written || (file.Content() == text + "12 0.25"));
-  out.open(file.Path());
+  EXPECT_TRUE(!written || Content(folder / "a") == longText() + "12 0.25");
+  out.open(folder / "a");
   out << "again";
   EXPECT_TRUE(out.close());
-  EXPECT_EQ(file.Content(), "again");
-}
+  EXPECT_EQ(Content(folder / "a"), "again");
+});
 
-void fileIsRead(Attempt& attempt) {
-  static const std::string text = longText();
-  static const TemporaryFile file(text);
+const Road fileIsRead("FileIsRead", allocations | calls, [](Attempt& attempt) {
   qzifstream in;
   std::string read;
   // A file that didn't open is at its end; one whose reading fails says so.
   const bool whole = attempt([&] {
-    in.open(file.Path());
+    in.open(longFile());
     in.read(read);
     return !in.failed();
   });
-  EXPECT_TRUE(!whole || (read == text));
-  in.open(file.Path());
-  in.read(read);
-  EXPECT_TRUE(read == text);
-}
-
-void linesAreRead(Attempt& attempt) {
-  static const TemporaryFile file(longText());
-  qzifstream source;
-  Texts lines;
-  const bool whole = attempt([&] {
-    source.open(file.Path());
-    const bool open = !source.failed();
-    qzprogressstream in(&source, false, &QZNoTracer, false);
-    for (std::string line; in.getline(line);) lines.push_back(line);
-    return open && !in.failed() && !source.failed();
+  EXPECT_TRUE(!whole || read == longText());
+  unsigned long lines = 0;
+  const bool wholeByLines = attempt([&] {
+    in.open(longFile());
+    const bool open = !in.failed();
+    qzprogressstream watched(&in, false, &QZNoTracer, false);
+    for (std::string line; watched.getline(line);) ++lines;
+    return open && !watched.failed() && !in.failed();
   });
-  EXPECT_TRUE(!whole || lines.size() == 8002u);
-}
+  EXPECT_TRUE(!wholeByLines || lines == 8002);
+  in.open(longFile());
+  in.read(read);
+  EXPECT_TRUE(read == longText());
+});
 
-void textIsExtracted(Attempt& attempt) {
+const Road textIsExtracted("TextIsExtracted", allocations, [](Attempt& attempt) {
   const std::string text = std::string(50000, ' ') + "-12 0.5e3 yes " + std::string(40000, 'w') + " rest";
   qzisstream in;
   int number = 0;
@@ -105,132 +88,94 @@ void textIsExtracted(Attempt& attempt) {
   in.set(text.data(), text.size(), false);
   in >> number;
   EXPECT_EQ(number, -12);
-}
+});
 
-void memoryIsCopied(Attempt& attempt) {
-  const std::string text = longText();
+const Road memoryIsCopied("MemoryIsCopied", allocations, [](Attempt& attempt) {
   qzisstream in;
-  qzosstream out;
+  std::vector<std::unique_ptr<qzosstream>> streams;
   std::string content;
   const bool done = attempt([&] {
-    in.set(text.data(), text.size(), true);
+    in.set(longText().data(), longText().size(), true);
     qzisstream copy(in);
     in = copy;
     in.getbuffer(content);
-    out << content;
-    return !out.failed() && out.str() == text;
+    // More streams than the pool has buffers.
+    for (int i = 0; i != 40; ++i) *streams.emplace_back(std::make_unique<qzosstream>()) << i;
+    *streams[0] << content;
+    return streams[0]->str() == "0" + longText();
   });
-  EXPECT_TRUE(!done || (content == text));
+  EXPECT_TRUE(!done || (content == longText() && streams[39]->str() == "39"));
   in.set("after");
   in.getbuffer(content);
   EXPECT_EQ(content, "after");
-}
+});
 
-void manyStreamsLive(Attempt& attempt) {
-  std::vector<std::unique_ptr<qzosstream>> streams;
-  attempt([&] {
-    // More than the pool has buffers.
-    for (int i = 0; i != 40; ++i) *streams.emplace_back(std::make_unique<qzosstream>()) << i;
-    return true;
-  });
-  for (std::size_t i = 0; i != streams.size() && streams[i] != nullptr; ++i)
-    EXPECT_EQ(streams[i]->str(), streams[i]->str().empty() ? "" : std::to_string(i));
-}
+const Road filesAreReplaced("FilesAreReplaced", allocations | calls | firstUse, [](Attempt& attempt) {
+  for (const char* old : {"old", ""}) {
+    const Folder folder;
+    if (*old) folder.File("a", old);
+    const bool replaced = attempt([&] {
+      QZFileReplacement replacement(folder / "a");
+      replacement.Out() << longText();
+      return replacement.Commit();
+    });
+    // All or nothing, and a failure after the renaming would have nobody to tell.
+    EXPECT_TRUE(Content(folder / "a") == (replaced ? longText() : old));
+    QZFileReplacement second(folder / "a");
+    second.Out() << "new";
+    EXPECT_TRUE(second.Commit());
+    EXPECT_EQ(Content(folder / "a"), "new");
+  }
+});
 
-void fileIsReplaced(Attempt& attempt) {
-  const std::string text = longText();
-  const TemporaryFile file("old");
-  const bool replaced = attempt([&] {
-    QZFileReplacement replacement(file.Path());
-    replacement.Out() << text;
-    return replacement.Commit();
-  });
-  // All or nothing, and a failure after the renaming would have nobody to tell.
-  EXPECT_TRUE(file.Content() == (replaced ? text : "old"));
-  QZFileReplacement second(file.Path());
-  second.Out() << "new";
-  EXPECT_TRUE(second.Commit());
-  EXPECT_EQ(file.Content(), "new");
-}
-
-void fileIsMade(Attempt& attempt) {
-  const TemporaryFile file;
-  const bool made = attempt([&] {
-    QZFileReplacement replacement(file.Path());
-    replacement.Out() << "new";
-    return replacement.Commit();
-  });
-  EXPECT_EQ(file.Content(), made ? "new" : "");
-}
-
-void bytesAreCompressed(Attempt& attempt) {
-  static const std::string text = longText();
-  std::string expected;
-  ASSERT_TRUE(QZCompress(expected, text.data(), text.size(), "gz"));
+const Road bytesAreCompressed("BytesAreCompressed", allocations, [](Attempt& attempt) {
+  static const std::string expected = [] {
+    std::string bytes;
+    EXPECT_TRUE(QZCompress(bytes, longText().data(), longText().size(), "gz"));
+    return bytes;
+  }();
   std::string packed = "before";
-  const bool done = attempt([&] { return QZCompress(packed, text.data(), text.size(), "gz"); });
-  EXPECT_TRUE(!done || (packed == expected));
-  EXPECT_TRUE(done || (packed.empty() || packed == "before"));
-}
+  const bool done = attempt([&] { return QZCompress(packed, longText().data(), longText().size(), "gz"); });
+  EXPECT_TRUE(done ? packed == expected : packed.empty() || packed == "before");
+});
 
-void valuesArePacked(Attempt& attempt) {
-  const Texts names = {"one", std::string(100, 'x'), ""};
-  std::vector<unsigned char> bytes(QZ_io_binary_size(names));
-  QZ_io_write_binary(bytes.data(), names);
-  Texts read;
-  const bool done = attempt([&] {
-    qzosstream out;
-    QZ_io_write_binary(out, names);
-    qzisstream in;
-    in.set(out.str());
-    return QZ_io_read_binary(in, read) == bytes.size() && QZ_io_read_binary(bytes.data(), read) == bytes.size();
-  });
-  EXPECT_TRUE(!done || read == names);
-}
-
-void tableIsRead(Attempt& attempt) {
-  const std::string text = "a,b,c\n1,\"with \"\"quotes\"\"\",\n\"two\nlines\",,\"" + std::string(50000, 'x') + "\"\n";
-  qzisstream in;
-  in.set(text);
-  QZTools::CsvReader table(in, ',');
-  std::size_t cells = 0;
-  const bool done = attempt([&] {
-    for (std::vector<QZTools::CsvCell> row; table.Next(row);) cells += row.size();
-    return true;
-  });
-  EXPECT_TRUE(!done || cells == 9u);
-}
-
-void tableIsWritten(Attempt& attempt) {
+const Road valuesArePacked("ValuesArePacked", allocations, [] {
+  Texts names = {"one", std::string(100, 'x'), ""};
   qzosstream out;
-  QZTools::CsvWriter table(out, ',');
-  const bool done = attempt([&] {
-    table.Cell(std::string(300, '"'));
-    table.Null();
-    table.EndRow();
-    table.Cell("plain");
-    table.EndRow();
-    return true;
-  });
-  EXPECT_TRUE(!done || out.str() == std::string(602, '"') + ",\nplain\n");
-}
+  QZ_io_write_binary(out, names);
+  qzisstream in;
+  in.set(out.str());
+  QZ_io_read_binary(in, names);
+  return QZStringJoin(names, ";");
+});
 
-void textIsSplit(Attempt& attempt) {
+const Road tableIsWrittenAndRead("TableIsWrittenAndRead", allocations, [] {
+  qzosstream out, read;
+  QZTools::CsvWriter writer(out, ',');
+  for (const std::string& text : {std::string("plain"), std::string(300, '"'), std::string(50000, '\n')})
+    writer.Cell(text);
+  writer.Null();
+  writer.EndRow();
+  qzisstream in;
+  in.set(out.str());
+  QZTools::CsvReader reader(in, ',');
+  for (std::vector<QZTools::CsvCell> row; reader.Next(row);)
+    for (const QZTools::CsvCell& cell : row) read << cell.text << ";";
+  return out.str() + read.str();
+});
+
+const Road textIsSplit("TextIsSplit", allocations, [] {
+  const std::string text = "first 'second word which is long' third, \"fourth\" and more of them";
   Texts words, quoted, cells, blanks;
   std::list<std::string> listed;
-  std::string joined;
-  const bool done = attempt([&] {
-    const std::string text = "first 'second word which is long' third, \"fourth\" and more of them";
-    QZStringTokenize(words, text, " ,");
-    QZStringTokenize(listed, text, " ,");
-    QZStringTokenizeQuoted(quoted, text, " ,", "'\"");
-    QZStringCSVTokenize(cells, text);
-    QZStringTokenizeWhitespace(blanks, text);
-    joined = QZStringJoin(words, "; ") + QZStringCSVJoin(cells) + QZMakeString("%d of %s", 3, text.c_str());
-    return true;
-  });
-  EXPECT_TRUE(!done || words.size() == listed.size());
-}
+  QZStringTokenize(words, text, " ,");
+  QZStringTokenize(listed, text, " ,");
+  QZStringTokenizeQuoted(quoted, text, " ,", "'\"");
+  QZStringCSVTokenize(cells, text);
+  QZStringTokenizeWhitespace(blanks, text);
+  return QZStringJoin(words, ";") + listed.back() + QZStringJoin(quoted, ";") + QZStringCSVJoin(cells) +
+         QZMakeString("%zu of %s", blanks.size(), text.c_str());
+});
 
 class ShorterFirst : public QZBinaryPredicate<std::string, std::string> {
  public:
@@ -244,26 +189,23 @@ class IsLong : public QZUnaryPredicate<const std::string> {
   [[nodiscard]] IsLong* CreateCopy() const override { return new IsLong(*this); }
 };
 
-void elementsAreIterated(Attempt& attempt) {
+const Road elementsAreIterated("ElementsAreIterated", allocations, [] {
   const Texts first = {"three", "to", "a", "four"}, second = {"seventh", "third"};
   const std::vector<const std::string*> pointers = {&first[0], &first[1], &first[2]};
   using Over = QZSTLIter<ConstIterGuts<Texts>>;
-  Texts seen;
-  const bool done = attempt([&] {
-    QZIter<const std::string> all(new Over(first));
-    all.Push(QZIter<const std::string>(new Over(second)));
-    all.Push(QZIter<const std::string>(new QZCacheIter<const std::string>(second)));
-    QZIter<const std::string> sorted(new QZSortedIter<const std::string>(all.Copy().Release(), ShorterFirst()));
-    sorted.Push(all.Copy());
-    for (const std::string& text : sorted.Copy()) seen.push_back(text);
-    for (const std::string& text : QZIter(new QZPredVectorPtrIter<IsLong>(pointers, IsLong()))) seen.push_back(text);
-    for (const std::string& text : all) seen.push_back(text);
-    return true;
-  });
-  EXPECT_TRUE(!done || seen.size() == 16u + 1 + 8);
-}
+  std::string seen;
+  QZIter<const std::string> all(new Over(first));
+  all.Push(QZIter<const std::string>(new Over(second)));
+  all.Push(QZIter<const std::string>(new QZCacheIter<const std::string>(second)));
+  QZIter<const std::string> sorted(new QZSortedIter<const std::string>(all.Copy().Release(), ShorterFirst()));
+  sorted.Push(all.Copy());
+  for (const std::string& text : sorted.Copy()) seen += text + " ";
+  for (const std::string& text : QZIter(new QZPredVectorPtrIter<IsLong>(pointers, IsLong()))) seen += text + " ";
+  for (const std::string& text : all) seen += text + " ";
+  return seen;
+});
 
-void tagsAreRegistered(Attempt& attempt) {
+const Road tagsAreRegistered("TagsAreRegistered", allocations | firstUse, [](Attempt& attempt) {
   static int run = 0;
   const std::string prefix = "faults." + std::to_string(++run) + ".";
   unsigned int tags[3] = {};
@@ -277,23 +219,23 @@ void tagsAreRegistered(Attempt& attempt) {
     EXPECT_EQ(QZHasTag(name), tags[i] != 0);
     EXPECT_STREQ(QZGetTag(QZGetTag(name)), name.c_str());
   }
-}
+});
 
-void dataIsHeld(Attempt& attempt) {
+const Road dataIsHeld("DataIsHeld", allocations, [](Attempt& attempt) {
   const unsigned int tag = QZGetTag("faults.held");
   const float masses[] = {12.0F, 1.008F};
   std::vector<std::unique_ptr<QZBaseData>> held;
   attempt([&] {
     held.emplace_back(std::make_unique<QZBaseDataT<std::string>>(tag, std::string(100, 'x')));
-    held.emplace_back(std::make_unique<QZBaseDataT<std::vector<std::string>>>(tag, Texts{"one", "two"}));
+    held.emplace_back(std::make_unique<QZBaseDataT<Texts>>(tag, Texts{"one", "two"}));
     held.emplace_back(std::make_unique<QZBaseDataTPtr<float*>>(tag, masses, 2U));
     for (std::size_t i = 0; i != 3; ++i) held.push_back(std::unique_ptr<QZBaseData>(held[i]->CreateCopy()));
     return true;
   });
   for (const auto& data : held) EXPECT_TRUE(data == nullptr || data->GetTag() == tag);
-}
+});
 
-void messageIsPrinted(Attempt& attempt) {
+const Road messageIsPrinted("MessageIsPrinted", allocations | firstUse, [](Attempt& attempt) {
   qzosstream printed;
   QZErrorHandler handler;
   const bool done = attempt([&] {
@@ -306,46 +248,6 @@ void messageIsPrinted(Attempt& attempt) {
   });
   EXPECT_TRUE(!done || handler.Count(QZErrorLevel::Warning) == 1u);
   handler.Info("after");
-}
-
-const Road roads[] = {
-    {"FileIsWritten", fileIsWritten},
-    {"FileIsRead", fileIsRead},
-    {"LinesAreRead", linesAreRead},
-    {"TextIsExtracted", textIsExtracted},
-    {"MemoryIsCopied", memoryIsCopied},
-    {"ManyStreamsLive", manyStreamsLive},
-    {"FileIsReplaced", fileIsReplaced},
-    {"FileIsMade", fileIsMade},
-    {"BytesAreCompressed", bytesAreCompressed},
-    {"ValuesArePacked", valuesArePacked},
-    {"TableIsRead", tableIsRead},
-    {"TableIsWritten", tableIsWritten},
-    {"TextIsSplit", textIsSplit},
-    {"ElementsAreIterated", elementsAreIterated},
-    {"TagsAreRegistered", tagsAreRegistered},
-    {"DataIsHeld", dataIsHeld},
-    {"MessageIsPrinted", messageIsPrinted},
-};
-const Road callRoads[] = {
-    {"FileIsWritten", fileIsWritten},   {"FileIsRead", fileIsRead}, {"LinesAreRead", linesAreRead},
-    {"FileIsReplaced", fileIsReplaced}, {"FileIsMade", fileIsMade},
-};
-const Road firstUses[] = {
-    {"TagsAreRegistered", tagsAreRegistered},
-    {"FileIsReplaced", fileIsReplaced},
-    {"MessageIsPrinted", messageIsPrinted},
-};
-
-INSTANTIATE_TEST_SUITE_P(Platform, Roads,
-                         testing::Combine(testing::ValuesIn(roads),
-                                          testing::Values(Fails::Allocation, Fails::AllocationsFrom)),
-                         NameOfCase);
-INSTANTIATE_TEST_SUITE_P(PlatformCalls, Roads,
-                         testing::Combine(testing::ValuesIn(callRoads), testing::Values(Fails::Call, Fails::CallsFrom)),
-                         NameOfCase);
-INSTANTIATE_TEST_SUITE_P(Platform, FirstUses,
-                         testing::Combine(testing::ValuesIn(firstUses), testing::Values(Fails::Allocation)),
-                         NameOfCase);
+});
 
 }  // namespace
