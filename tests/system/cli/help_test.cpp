@@ -184,22 +184,12 @@ TEST_F(Help, WritesTheSettingsOfARun) {
   ASSERT_TRUE(itf.GetParameter("-columns")->SetStringValues("right,left"));
   ASSERT_TRUE(itf.GetParameter("-in")->SetStringValue("my file.txt"));
   ASSERT_TRUE(itf.GetParameter("-in")->Load());
-  qzosstream full;
+  const std::string columns = "\n#Output options : What to write   \n    -columns  right left\n";
+  qzosstream full, set;
   EXPECT_TRUE(QZWriteSettings(itf, full, true, "fast"));
-  EXPECT_EQ(full.str(),
-            "#Interface settings\n"
-            "\n"
-            "#Mode fast\n"
-            "-in  \"my file.txt\"\n"
-            "#-tolerance  0.5\n"
-            "\n"
-            "#Output options : What to write   \n"
-            "    -columns  right left\n");
-  qzosstream set;
+  EXPECT_EQ(full.str(), "#Interface settings\n\n#Mode fast\n-in  \"my file.txt\"\n#-tolerance  0.5\n" + columns);
   EXPECT_TRUE(QZWriteSettings(itf, set, false, ""));
-  EXPECT_EQ(set.str(),
-            "#Interface settings\n-in  \"my file.txt\"\n\n#Output options : What to write   \n"
-            "    -columns  right left\n");
+  EXPECT_EQ(set.str(), "#Interface settings\n-in  \"my file.txt\"\n" + columns);
 }
 
 TEST(TextWriter, PrintsLineEndsLateAndIndentsByLevel) {

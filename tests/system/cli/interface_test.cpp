@@ -118,14 +118,6 @@ TEST_F(InterfaceTree, KnowsTheSmallestVisibilityBelow) {
   EXPECT_FALSE(HasParametersWithVis(*root.GetInterface("late"), 1));
 }
 
-TEST(Interface, ConstructorTellsATextThatDoesNotConfigure) {
-  CapturedMessages messages;
-  const QZInterface bad("!PARAMETER -a\n!TYPE int\n!END\nwhat\n!PARAMETER -b\n!TYPE int\n!END\n");
-  EXPECT_EQ(messages.Take(), (Told{"Error: Configuring interface.  Unable to parse line\n  line : what",
-                                   "Error: Problem configuring QZInterface!"}));
-  EXPECT_EQ(Names(bad.GetParameters(true)), "-a");
-}
-
 TEST(Interface, FindsByNameAndAliasExactlyAndByKeyInAnyCase) {
   QZInterface root;
   AddParameter(root, "-In")->AddAlias("-i");

