@@ -28,7 +28,7 @@ TEST(Color, IsFourBytesInOrder) {
   EXPECT_EQ(color.GetPackedColor(), 0x04030201U);
   EXPECT_EQ(QZColor(0x04030201U), color);
   EXPECT_EQ(QZColor(color.GetRGBA()), color);
-  EXPECT_EQ(QZColorPacked(0x101, 0x200, 3, 4), 0x04020101U);
+  EXPECT_EQ(QZColorPacked(0x101, 0x200, 0, 4), 0x04020101U);
   EXPECT_EQ(QZColor().GetPackedColor(), 0xFFFFFFFFU);
   for (unsigned int i = 0; i < 4; ++i) {
     QZColor other = color;
@@ -43,11 +43,12 @@ TEST(Color, TextIsReadAndWritten) {
   Messages messages;
   const auto read = [](const std::string& text) {
     QZColor color(1, 2, 3, 4);
-    return std::pair(color.SetText(text), color.GetText(true));
+    const bool good = color.SetText(text);
+    return std::pair(good, color.GetText(true));
   };
-  const std::pair<const char*, const char*> good[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"#ff0080", "#ff0080ff"}, {"#FF008040", "#ff008040"}, {"#aBcDeF01", "#abcdef01"}};
-  for (const auto& [text, expected] : good) EXPECT_EQ(read(text), std::pair(true, std::string(expected)));
+  for (const auto& [text, expected] : cases) EXPECT_EQ(read(text), std::pair(true, std::string(expected)));
   EXPECT_EQ(messages.Take(), "");
   const std::string refused = "Warning: QZColor::SetText(const std::string &text) - ";
   EXPECT_EQ(read(""), std::pair(false, std::string("#01020304")));
