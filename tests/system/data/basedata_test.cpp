@@ -21,15 +21,14 @@ TEST(DataType, IsTheHashOfTheName) {
 }
 
 TEST(DataType, ASingleUnsignedIntCountsAsAnInt) {
-  EXPECT_EQ(QZBaseDataT<unsigned int>(1, 2U).GetDataType(), QZGetDataType<int>());
-  EXPECT_EQ(QZBaseDataT<int>(1, 2).GetDataType(), QZGetDataType<int>());
+  EXPECT_EQ(QZBaseDataT<unsigned int>(1, 2U).GetDataType(), QZBaseDataT<int>(1, 2).GetDataType());
   EXPECT_NE(QZGetDataType<unsigned int>(), QZGetDataType<int>());
   EXPECT_EQ(QZBaseDataT<std::vector<unsigned int>>(1, {}).GetDataType(), QZGetDataType<std::vector<unsigned int>>());
   EXPECT_EQ(QZBaseDataTPtr<unsigned int*>(1, nullptr, 0).GetDataType(), QZGetDataType<unsigned int*>());
 }
 
 template <class T>
-void CheckSingle(const T& value, const T& other) {
+void CheckCopy(const T& value, const T& other) {
   QZBaseDataT<T> data(77, value);
   const std::unique_ptr<const QZBaseData> copy(data.CreateCopy());
   data.GetData() = other;
@@ -41,44 +40,24 @@ void CheckSingle(const T& value, const T& other) {
 }
 
 TEST(BaseData, ASingleValueIsCopiedWithItsTag) {
-  CheckSingle<bool>(true, false);
-  CheckSingle<unsigned int>(0xFFFFFFFFU, 1);
-  CheckSingle<double>(-7.25, 1);
-  CheckSingle<std::string>("text", "other");
-  CheckSingle<std::vector<bool>>({true, false}, {});
-  CheckSingle<std::vector<std::string>>({"a", ""}, {"b"});
-  CheckSingle<std::vector<QZHalfFloat>>({QZHalfFloat{0x3C00}}, {QZHalfFloat{}});
-}
-
-TEST(BaseData, ATextIsHeldByItsPointer) {
-  const char text[] = "stays where it is";
-  const QZBaseDataT<const char*> data(1, text);
-  const std::unique_ptr<QZBaseDataT<const char*>> copy(data.CreateCopy());
-  EXPECT_EQ(copy->GetData(), text);
+  CheckCopy<bool>(true, false);
+  CheckCopy<unsigned int>(0xFFFFFFFFU, 1);
+  CheckCopy<std::string>("text", "other");
+  CheckCopy<std::vector<bool>>({true, false}, {});
+  CheckCopy<std::vector<QZHalfFloat>>({QZHalfFloat{0x3C00}}, {QZHalfFloat{}});
 }
 
 TEST(BaseData, AnArrayIsCopiedElementByElement) {
   double source[] = {1.5, -2.5, 3.5};
   const QZBaseDataTPtr<double*> data(5, source, 3);
   const std::unique_ptr<QZBaseDataTPtr<double*>> copy(data.CreateCopy());
-  source[0] = 9;
-  data.GetData()[1] = 9;
+  source[0] = data.GetData()[1] = 9;
   ASSERT_EQ(copy->GetSize(), 3U);
   EXPECT_EQ(copy->GetTag(), 5U);
   EXPECT_EQ(copy->GetDataType(), QZGetDataType<double*>());
   EXPECT_EQ(std::vector<double>(copy->GetData(), copy->GetData() + 3), (std::vector<double>{1.5, -2.5, 3.5}));
-}
-
-TEST(BaseData, AnArrayMayHaveNoElementsOrNoSource) {
-  const char text[] = "abc";
-  for (const char* source : {text, static_cast<const char*>(nullptr)}) {
-    const QZBaseDataTPtr<char*> none(1, source, 0);
-    const std::unique_ptr<QZBaseDataTPtr<char*>> copy(none.CreateCopy());
-    EXPECT_EQ(copy->GetData(), nullptr);
-    EXPECT_EQ(copy->GetSize(), 0U);
-  }
-  const QZBaseDataTPtr<char*> unfilled(1, nullptr, 3);
-  EXPECT_EQ(std::string(unfilled.GetData(), unfilled.GetSize()), std::string(3, '\0'));
+  const std::unique_ptr<QZBaseDataTPtr<double*>> none(QZBaseDataTPtr<double*>(1, source, 0).CreateCopy());
+  EXPECT_TRUE(none->GetData() == nullptr && none->GetSize() == 0);
 }
 
 }  // namespace

@@ -86,16 +86,11 @@ TEST(TagBiMap, StartsWithTheFixedNames) {
   EXPECT_EQ(Add(map, ""), 0U);
   EXPECT_EQ(Add(map, "QZBondStereo"), 55U);
   EXPECT_STREQ(map.Name(55), "QZBondStereo");
-  for (unsigned int tag : {0U, 1U, 54U, 56U, 100U, 1023U}) {
-    EXPECT_TRUE(map.Has(tag)) << tag;
-    EXPECT_STREQ(map.Name(tag), "") << tag;
-  }
+  for (unsigned int tag : {0U, 1U, 54U, 56U, 1023U}) EXPECT_TRUE(map.Has(tag) && *map.Name(tag) == '\0') << tag;
   EXPECT_FALSE(map.Has(1024));
   EXPECT_EQ(Add(map, "first"), 1024U);
   EXPECT_EQ(Add(map, "second"), 1025U);
   EXPECT_EQ(Add(map, "first"), 1024U);
-  EXPECT_TRUE(map.Has(1025));
-  EXPECT_FALSE(map.Has(1026));
 }
 
 TEST(TagBiMap, ANewBlockBeginsWhenOneIsFull) {
@@ -154,15 +149,8 @@ TEST(TagBiMap, AFailedAllocationLeavesItAsItWas) {
   }
 }
 
-TEST(Tags, EmptyNameAndNullPointerAreTagZero) {
-  EXPECT_EQ(QZGetTag(static_cast<const char*>(nullptr)), 0U);
-  EXPECT_EQ(QZGetTag(""), 0U);
-  EXPECT_EQ(QZGetTag(std::string()), 0U);
-  EXPECT_STREQ(QZGetTag(0U), "");
-  EXPECT_EQ(QZGetTag("QZBondStereo"), 55U);
-}
-
 TEST(Tags, AskingForANameRegistersNothing) {
+  EXPECT_EQ(QZGetTag(static_cast<const char*>(nullptr)), 0U);
   const unsigned int before = QZGetTag("asked before");
   for (int time = 0; time < 3; ++time) EXPECT_FALSE(QZHasTag(std::string("never registered")));
   EXPECT_EQ(QZGetTag("asked after"), before + 1);
@@ -179,21 +167,19 @@ TEST(Tags, ANewNameIsMovedFromItsString) {
 
 // Names of every length that differ in one byte have tags of their own, and keep them when asked again.
 TEST(Tags, EveryByteCounts) {
-  std::map<std::string, unsigned int> tags;
-  for (std::size_t size = 0; size <= 70; ++size) {
-    std::string name(size, 'n');
-    tags[name] = QZGetTag(name);
-    for (char& byte : name) {
-      byte = 'm';
-      tags[name] = QZGetTag(name);
-      byte = 'n';
-    }
-  }
   std::map<unsigned int, std::string> names;
-  for (const auto& [name, tag] : tags) {
-    EXPECT_EQ(QZGetTag(name), tag) << name;
-    EXPECT_EQ(QZGetTag(tag), name);
-    EXPECT_TRUE(names.emplace(tag, name).second) << name;
+  for (int round = 0; round < 2; ++round) {
+    for (std::size_t size = 1; size <= 70; ++size) {
+      std::string name(size, 'n');
+      for (char& byte : name) {
+        byte = 'm';
+        const unsigned int tag = QZGetTag(name);
+        EXPECT_EQ(names.emplace(tag, name).second, round == 0) << name;
+        EXPECT_EQ(names[tag], name);
+        EXPECT_EQ(QZGetTag(tag), name);
+        byte = 'n';
+      }
+    }
   }
 }
 
@@ -240,18 +226,16 @@ TEST(Tags, AFailedAllocationRegistersAllOrNothing) {
 }
 
 TEST(Tags, ThreadsAgree) {
-  constexpr int count = 1500;
+  constexpr std::size_t count = 1500;
   std::vector<std::vector<unsigned int>> seen(4, std::vector<unsigned int>(count));
   std::vector<std::thread> threads;
-  for (std::size_t thread = 0; thread < seen.size(); ++thread) {
-    threads.emplace_back([&, thread] {
-      for (int i = 0; i < count; ++i) {
-        const int number = thread % 2 ? i : count - 1 - i;
+  for (auto& tags : seen) {
+    threads.emplace_back([&tags, forward = threads.size() % 2 == 0] {
+      for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t number = forward ? i : count - 1 - i;
         const std::string name = "shared " + std::to_string(number);
-        const unsigned int tag = QZGetTag(name);
-        seen[thread][static_cast<std::size_t>(number)] = tag;
-        EXPECT_EQ(QZGetTag(tag), name);
-        EXPECT_TRUE(QZHasTag(tag));
+        tags[number] = QZGetTag(name);
+        EXPECT_EQ(QZGetTag(tags[number]), name);
       }
     });
   }
