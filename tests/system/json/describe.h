@@ -29,15 +29,13 @@ void DescribeValue(qzostream& out, const std::vector<T>& values) {
   out << "]";
 }
 
-template <class T>
-bool DescribeAs(qzostream& out, QZBaseData& holder) {
-  const auto* const typed = QZBaseImpl::As<T>(&holder);
-  if (typed) DescribeValue(out, typed->GetData());
-  return typed != nullptr;
-}
 template <class... T>
 bool DescribeAsOneOf(qzostream& out, QZBaseData& holder) {
-  return (DescribeAs<T>(out, holder) || ...);
+  const auto describe = [&out](const auto* typed) {
+    if (typed) DescribeValue(out, typed->GetData());
+    return typed != nullptr;
+  };
+  return (describe(QZBaseImpl::As<T>(&holder)) || ...);
 }
 
 /// The values in their order, as "name: type value; ".

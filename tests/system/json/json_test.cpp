@@ -58,13 +58,9 @@ QZContainer Values(const char* name, T... values) {
   return base;
 }
 
-TEST(GenericJSON, WritesEachTypeWithItsHint) {
+TEST(GenericJSON, WritesADocumentWithSortedHints) {
   QZContainer base;
-  base.SetData("count", 3);
   base.SetData("w", 1.5F);
-  base.SetData("e", 2.25);
-  base.SetData("name", std::string("a"));
-  base.SetData("ok", true);
   base.SetData("v", std::vector<int>{1, 2});
   base.AddData("n", 1);
   base.AddData("n", 2);
@@ -72,29 +68,22 @@ TEST(GenericJSON, WritesEachTypeWithItsHint) {
   base.SetData("large", 4000000000U);
   base.SetData("raw", JSONString("{ \"b\":\t1}"));
   const std::string text =
-      R"({"type":"container","version":"0.91","count":3,"w":1.5,"e":2.25,"name":"a","ok":true,"v":[1,2],"n":[1,2],)"
-      R"("_type":"x","large":-294967296,"raw":{ "b":	1},)"
-      R"("qzhint":{"count":"i","large":"i","n":"mi","v":"i","w":"f"}})";
+      R"({"type":"container","version":"0.91","w":1.5,"v":[1,2],"n":[1,2],"_type":"x","large":-294967296,)"
+      R"("raw":{ "b":	1},"qzhint":{"large":"i","n":"mi","v":"i","w":"f"}})";
   EXPECT_EQ(QZBaseToJSON(base), text);
   EXPECT_EQ(ReadBack(text),
-            "count: int 3; w: float 1.5; e: double 2.25; name: string a; ok: bool true; v: [int 1,int 2]; n: int 1; "
-            "n: int 2; type: string x; large: int -294967296; raw: json {\"b\":1}; "
-            "Warning: JSON: Can not read JSON object with key: raw, stored as JSONString\n");
-  EXPECT_EQ(QZBaseToJSON(QZContainer()), R"({"type":"container","version":"0.91"})");
+            "w: float 1.5; v: [int 1,int 2]; n: int 1; n: int 2; type: string x; large: int -294967296; "
+            "raw: json {\"b\":1}; Warning: JSON: Can not read JSON object with key: raw, stored as JSONString\n");
 }
 
 TEST(GenericJSON, EachValueComesBackAsItWas) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
   QZContainer inner = Values("x", 1);
   inner.SetData("version", std::string("of mine"));
-  const struct {
-    QZContainer base;
-    const char* members;
-  } cases[] = {
+  const std::pair<QZContainer, const char*> cases[] = {
       {Values("a", 0.1F), R"("a":0.10000000149011612,"qzhint":{"a":"f"})"},
       {Values("a", -0.0, 1e300), R"("a":[-0.0,1e300],"qzhint":{"a":"m"})"},
       {Values("a", kNaN, kInf, -kInf), R"("a":[NaN,Infinity,-Infinity],"qzhint":{"a":"m"})"},
-      {Values("a", std::numeric_limits<int>::min()), R"("a":-2147483648,"qzhint":{"a":"i"})"},
       {Values("a", 1.5F, 2.0F), R"("a":[1.5,2.0],"qzhint":{"a":"mf"})"},
       {Values("a", std::string("x\"\n"), std::string("a\0b", 3)), R"("a":["x\"\n","a\u0000b"],"qzhint":{"a":"m"})"},
       {Values("a", false, true), R"("a":[false,true],"qzhint":{"a":"m"})"},
@@ -108,8 +97,8 @@ TEST(GenericJSON, EachValueComesBackAsItWas) {
        R"("a":[{"type":"container","version":"0.91"},{"type":"container","version":"0.91"}],"qzhint":{"a":"m"})"},
       {Values("a", std::vector<QZContainer>(1)), R"("a":[{"type":"container","version":"0.91"}])"},
       {Values("__type", true), R"("___type":true)"},
-      {Values("qzhint", 5), R"("_qzhint":5,"qzhint":{"_qzhint":"i"})"},
       {Values("___", true), R"("___":true)"},
+      {Values("qzhint", 5), R"("_qzhint":5,"qzhint":{"_qzhint":"i"})"},
       {Values("a\"b", true), R"("a\"b":true)"},
   };
   for (const auto& [base, members] : cases) {
@@ -183,14 +172,11 @@ TEST(GenericJSON, HintsDecideTheTypeOfNumbers) {
       {"2147483648", "i", "a: double 2147483648; " + outside},
       {"-2147483648.5", "if", "a: double -2147483648.5; " + outside},
       {"NaN", "i", "a: double nan; " + outside},
-      {"0.1", "f", "a: float 0.1; "},
       {"-1e300", "mf", "a: float -inf; "},
-      {"[1,2]", "", "a: [double 1,double 2]; "},
       {"[3e9,-3e9,NaN,-0.5,18446744073709551615,-Inf]", "if",
        "a: [int 2147483647,int -2147483648,int 0,int 0,int 2147483647,int -2147483648]; "},
       {"[1,1e300]", "f", "a: [float 1,float inf]; "},
       {"[3e9,2]", "mi", "a: int 2147483647; a: int 2; "},
-      {"[1]", "fm", "a: float 1; "},
       {"[\"x\",\"y\"]", "mif", "a: string x; a: string y; "},
   };
   for (const auto& [value, hint, expected] : cases) {
@@ -228,12 +214,10 @@ TEST(GenericJSON, StopsWhereItMust) {
   const std::string mismatch = "Warning: data type mismatch found when using generic data\n";
   const std::string mixed = "Warning: JSON: Heterogenous array of data found, key: a, expected type: ";
   const std::string notString = "Warning: JSON: expects type of: string, key: ";
-  const struct {
-    const char* members;
-    std::string expected;
-  } cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {R"("a":1,"qzhint":"i")", "false Warning: JSON: must be an object type, key: qzhint\n"},
       {R"("a":1,"qzhint":{"a":1})", "false " + notString + "a\n"},
+      {R"("a":[1],"qzhint":{"a":null})", "false " + notString + "a\n"},
       {R"("b":1,"a":{"type":1},"c":2)", "b: double 1; false " + notString + "type\n"},
       {R"("a":[{},2,{"type":1}])", "false " + notString + "type\n"},
       {R"("a":["x",1])", "false " + mixed + "string\n"},
@@ -251,10 +235,7 @@ TEST(GenericJSON, StopsWhereItMust) {
 
 TEST(GenericJSON, DocumentsAreTakenByTypeAndVersion) {
   const std::string before = "before: int 1; false Warning: JSON: ";
-  const struct {
-    const char* text;
-    std::string expected;
-  } cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {R"({"version":"7.1","a":1})", "a: double 1; "},
       {R"({"type":"container","version":"0.5","a":1})", "a: double 1; "},
       {R"({"type":"container"})", "false Warning: JSON: missing required attribute, key: version\n"},
@@ -287,25 +268,23 @@ TEST(GenericJSON, HandlersBringKeysOfTheirOwn) {
   QZContainer read = Values("first", true);
   EXPECT_TRUE(QZParseBaseDataJSON(read, document, xlist, 3));
   EXPECT_EQ(Describe(read), "first: bool true; size: int 1; version: bool true; ");
-  Messages messages;
+  EXPECT_FALSE(QZParseBaseDataJSON(read, document["size"], xlist, 3));
   read.Clear();
+  Messages messages;
   EXPECT_TRUE(QZParseBaseDataJSON(read, document, nullptr, 0));
   EXPECT_EQ(Describe(read), "size: double 7; _size: int 1; version: bool true; qzhint: json {\"_size\":\"i\"}; ");
-  EXPECT_FALSE(QZParseBaseDataJSON(read, document["size"], xlist, 3));
 }
 
 TEST(GenericJSON, ContainersNest256LevelsDeepOnASmallStack) {
   OnSmallStack([] {
     Messages messages;
-    EXPECT_EQ(LevelsOf(Nested(256)), 256);
     const std::string text = QZBaseToJSON(Nested(256));
-    EXPECT_EQ(messages.Take(), "");
     QZContainer back;
     EXPECT_TRUE(QZJSONToBase(back, text));
     EXPECT_EQ(LevelsOf(back), 256);
     EXPECT_EQ(messages.Take(), "");
 
-    EXPECT_EQ(QZBaseToJSON(Nested(300)), text);
+    EXPECT_EQ(QZBaseToJSON(Nested(257)), text);
     EXPECT_EQ(messages.Take().find("Warning: JSON: Can not write object with key: in, no handler for "), 0U);
     // One more by hand: the innermost is kept as text, and written back as such.
     const std::string innermost = R"({"type":"container","version":"0.91"})";
@@ -318,18 +297,13 @@ TEST(GenericJSON, ContainersNest256LevelsDeepOnASmallStack) {
 }
 
 TEST(GenericJSON, RawTextKeepsWithinTheBracketsThatAReaderTakes) {
-  const auto brackets = [](int depth) {
-    const auto count = static_cast<std::size_t>(depth);
-    return JSONString(std::string(count, '[') + std::string(count, ']'));
-  };
+  const auto brackets = [](std::size_t depth) { return JSONString(std::string(depth, '[') + std::string(depth, ']')); };
   Messages messages;
   QZContainer back;
-  EXPECT_TRUE(QZJSONToBase(back, QZBaseToJSON(Values("a", brackets(1023)))));
-  messages.Take();
-  EXPECT_EQ(QZBaseToJSON(Values("a", brackets(1024))), QZBaseToJSON(QZContainer()));
-  EXPECT_NE(messages.Take(), "");
   EXPECT_TRUE(QZJSONToBase(back, QZBaseToJSON(Values("a", brackets(1), brackets(1023), brackets(1022)))));
   EXPECT_EQ(back.GetData<JSONString>("a").GetText().size(), 1 + 2 + 1 + 2044 + 1U);
+  EXPECT_TRUE(QZJSONToBase(back, QZBaseToJSON(Values("a", brackets(1023)))));
+  EXPECT_EQ(QZBaseToJSON(Values("a", brackets(1024))), QZBaseToJSON(QZContainer()));
 }
 
 TEST(GenericJSON, ReadsManyMembersInAnyOrderOnceEach) {
@@ -347,7 +321,6 @@ TEST(GenericJSON, ReadsManyMembersInAnyOrderOnceEach) {
 
 TEST(GenericJSON, EveryCutAndFlipOfADocumentEndsWell) {
   Messages messages;
-  QZThrow.SetLevel(QZErrorLevel::Quiet);
   QZContainer base = Values("a", 1, 2);
   base.SetData("f", std::vector<float>{0.5F, 2});
   base.SetData("in", Values("s", std::string("x"), std::string("y")));
@@ -359,15 +332,15 @@ TEST(GenericJSON, EveryCutAndFlipOfADocumentEndsWell) {
     EXPECT_TRUE(QZJSONToBase(second, QZBaseToJSON(first))) << damaged;
     EXPECT_EQ(QZBaseToJSON(second), QZBaseToJSON(first)) << damaged;
   };
-  for (std::size_t i = 0; i <= text.size(); ++i) tryOut(text.substr(0, i));
+  tryOut(text);
   for (std::size_t i = 0; i < text.size(); ++i) {
+    tryOut(text.substr(0, i));
     for (const int flip : {1, 2, 4, 8, 16, 32, 64, 128, 255}) {
       std::string damaged = text;
       damaged[i] = static_cast<char>(damaged[i] ^ flip);
       tryOut(damaged);
     }
   }
-  QZThrow.SetLevel(QZErrorLevel::Info);
 }
 
 }  // namespace

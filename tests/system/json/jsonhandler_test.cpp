@@ -26,18 +26,14 @@ QZContainer Inner() {
   return inner;
 }
 
-/// Uses the handler for containers before main and, made by the first of all initialisers, behind all destructors of
-/// the toolkit.
-class EarlyAndLate {
- public:
-  EarlyAndLate() = default;
-  ~EarlyAndLate() {
-    if (isTold) std::fprintf(stderr, "late: %s\n", QZBaseToJSON(*outer).c_str());
+/// Made by the first of all initialisers, and so destroyed behind all destructors of the toolkit.
+struct Late {
+  ~Late() {
+    if (outer) std::fprintf(stderr, "late: %s\n", QZBaseToJSON(*outer).c_str());
   }
-  bool isTold = false;
   QZContainer* outer = nullptr;
 };
-__attribute__((init_priority(101))) EarlyAndLate earlyAndLate;
+__attribute__((init_priority(101))) Late late;
 
 __attribute__((init_priority(102))) const std::string earlyText = [] {
   QZContainer outer;
@@ -47,7 +43,6 @@ __attribute__((init_priority(102))) const std::string earlyText = [] {
   return QZJSONToBase(back, text) && back.GetData<QZContainer>("in").HasData("x") ? text : "";
 }();
 
-/// What a test handler was asked to do.
 struct Box {
   int size = 0;
 };
@@ -89,14 +84,9 @@ class BoxHandler : public QZJSONHandlerBase {
   // A box of size 0 is a value that the handler doesn't write.
   void Write(const Box& box, QZJSONWriter& writer, unsigned int flavor) const {
     if (box.size == 0) return;
-    writer.StartObject();
-    writer.Key("type");
-    writer.String(word.c_str());
-    writer.Key("size");
-    writer.Int(box.size);
-    writer.Key("flavor");
-    writer.Uint(flavor);
-    writer.EndObject();
+    const std::string text = R"({"type":")" + word + R"(","size":)" + std::to_string(box.size) + R"(,"flavor":)" +
+                             std::to_string(flavor) + "}";
+    writer.RawValue(text.c_str(), text.size(), rapidjson::kObjectType);
   }
 
   std::string word;
@@ -112,16 +102,14 @@ TEST(JSONHandler, ContainersWorkFromTheFirstInitialiserToTheLastDestructor) {
   EXPECT_EQ(earlyText, R"({"type":"container","version":"0.91","in":)" + containerText + "}");
   QZJSONHandlerBase* const handler = QZGetJSONHandlerByType("container");
   ASSERT_NE(handler, nullptr);
-  EXPECT_EQ(QZGetJSONHandlerByType(std::string("container")), handler);
   EXPECT_EQ(QZGetJSONHandlerByType(QZGetDataType<QZContainer>()), handler);
   EXPECT_EQ(QZGetJSONVHandlerByType(QZGetDataType<std::vector<QZContainer>>()), handler);
   EXPECT_EQ(QZGetJSONVHandlerByType(QZGetDataType<QZContainer>()), nullptr);
   EXPECT_EQ(QZGetJSONHandlerByType("word of no handler"), nullptr);
   const auto end = [] {
-    earlyAndLate.isTold = true;
-    earlyAndLate.outer = new QZContainer;
-    earlyAndLate.outer->SetData("in", Inner());
-    earlyAndLate.outer->SetData("box", Box{1});
+    late.outer = new QZContainer;
+    late.outer->SetData("in", Inner());
+    late.outer->SetData("box", Box{1});
     std::exit(0);
   };
   EXPECT_EXIT(end(), testing::ExitedWithCode(0), "key: box(.|\n)*late: .*\"in\":.\"type\":\"container\"");
@@ -223,7 +211,7 @@ TEST(JSONHandler, MayDeleteValues) {
 TEST(JSONHandler, ContainersAreReadInArrays) {
   rapidjson::Document document;
   ASSERT_TRUE(JSONParseHelper(document, R"({"good":[)" + containerText + "," + containerText + R"(],"bad":[)" +
-                                            containerText + R"(,{"type":"container"}],"odd":[1],"empty":[],"no":{}})"));
+                                            containerText + R"(,{"type":"container"}],"odd":[1],"no":{}})"));
   const auto read = [&](const char* key, bool multi) {
     Messages messages;
     QZContainer base;
@@ -235,9 +223,7 @@ TEST(JSONHandler, ContainersAreReadInArrays) {
   EXPECT_EQ(read("good", false), "k: [{x: bool true; },{x: bool true; }]; ");
   EXPECT_EQ(read("bad", true), "k: {x: bool true; }; " + missing);
   EXPECT_EQ(read("bad", false), missing);
-  EXPECT_EQ(read("odd", true), "false ");
-  EXPECT_EQ(read("empty", false), "k: []; ");
-  EXPECT_EQ(read("no", false), "false ");
+  for (const char* key : {"odd", "no"}) EXPECT_EQ(read(key, true), "false ") << key;
 }
 
 }  // namespace
