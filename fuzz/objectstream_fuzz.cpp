@@ -1,33 +1,17 @@
 // Object items, read with a handler that knows no class and with one that knows containers. What reads whole is
 // written, read again, and is equal then; a walk over the bytes says the same about them as reading does.
 #include "fuzz/fuzzing.h"
-#include "qz/system/data/container.h"
 #include "qz/system/frame/iterowner.h"
-#include "qz/system/qzb/objectstream.h"
-#include "qz/system/qzb/qzbrfxn.h"
 #include "qz/system/qzb/qzbwalk.h"
-#include "qz/system/qzb/qzbwfxn.h"
+#include "tests/system/qzb/containers.h"
 
 using namespace QZSystem;
 
 namespace {
 
-class WriteContainer : public QZWriteFxn<QZContainer> {
- public:
-  const char* GetTag() const override { return "QZBasePOD"; }
-  const void* GetType() const override { return QZGetDataType<QZContainer>(); }
-  WriteContainer* CreateCopy() const override { return new WriteContainer(*this); }
-  bool operator()(qzostream& out, const QZContainer& object, const QZBinaryIOHandlerBase& handler) const override {
-    return QZBWriteQZBase(out, object, GetTag(), handler);
-  }
-};
-
 QZBinaryIOHandler containerHandler() {
-  QZBinaryIOHandler handler;
+  QZBinaryIOHandler handler = PODHandler();
   handler.SetReadFxn(QZGroupReadFxn<QZContainer, QZContainer>("Group"), false);
-  handler.SetReadFxn(QZBasePODReadFxn<QZContainer>(), false);
-  handler.SetWriteFxn(WriteContainer(), false);
-  QZInstallGenericDataHandler<QZContainer>(handler, "Box");
   return handler;
 }
 

@@ -21,28 +21,35 @@ struct Sample {
   std::vector<float> values;
   QZFixedGrid<float> grid;
 
-  Sample(const QZGridBase& geometry, unsigned int seed) : values(geometry.GetSize()), grid(geometry, values.data()) {
-    std::mt19937 bits(seed);
+  explicit Sample(const QZGridBase& geometry) : values(geometry.GetSize()), grid(geometry, values.data()) {
+    std::mt19937 bits(18);
     for (float& value : values) value = static_cast<float>(bits()) / 65536.0F - 30000.0F;
+  }
+
+  template <class Visit>
+  void ForEachPoint(Visit visit) const {
+    for (unsigned int k = 0; k < grid.GetZDim(); ++k)
+      for (unsigned int j = 0; j < grid.GetYDim(); ++j)
+        for (unsigned int i = 0; i < grid.GetXDim(); ++i) visit(std::array{i, j, k}, grid.GetValue(i, j, k));
   }
 };
 
 // The sum of all points, each with the weight that its distance on the three axes gives it.
-double naiveInterpolation(const QZFixedGrid<float>& grid, float x, float y, float z) {
+double naiveInterpolation(const Sample& sample, const std::array<float, 3>& place) {
+  const QZGridBase& grid = sample.grid;
   const unsigned int dims[3] = {grid.GetXDim(), grid.GetYDim(), grid.GetZDim()};
-  const float offsets[3] = {x - grid.GetXMid(), y - grid.GetYMid(), z - grid.GetZMid()};
-  const double spacing = static_cast<double>(grid.GetSpacing());
-  double at[3];
-  for (int axis = 0; axis < 3; ++axis) {
-    at[axis] = static_cast<double>(offsets[axis]) / spacing + (dims[axis] - 1.0) / 2.0;
+  const float centre[3] = {grid.GetXMid(), grid.GetYMid(), grid.GetZMid()};
+  double at[3], sum = 0.0;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    at[axis] = static_cast<double>(place[axis] - centre[axis]) / static_cast<double>(grid.GetSpacing());
+    at[axis] += (dims[axis] - 1.0) / 2.0;
     if (at[axis] < 0.0 || at[axis] >= dims[axis] - 1.0) return static_cast<double>(Outside);
   }
-  const auto weight = [&](int axis, unsigned int point) { return std::max(0.0, 1.0 - std::abs(at[axis] - point)); };
-  double sum = 0.0;
-  for (unsigned int k = 0; k < dims[2]; ++k)
-    for (unsigned int j = 0; j < dims[1]; ++j)
-      for (unsigned int i = 0; i < dims[0]; ++i)
-        sum += weight(0, i) * weight(1, j) * weight(2, k) * static_cast<double>(grid.GetValue(i, j, k));
+  sample.ForEachPoint([&](const auto& point, float value) {
+    double weight = 1.0;
+    for (std::size_t axis = 0; axis < 3; ++axis) weight *= std::max(0.0, 1.0 - std::abs(at[axis] - point[axis]));
+    sum += weight * static_cast<double>(value);
+  });
   return sum;
 }
 
@@ -67,80 +74,62 @@ TEST(GridInterpolation, OnALineOfThreePoints) {
     EXPECT_EQ(QZFloatGridLinearInterpolate(grid, 0.0F, bad, 0.0F, Outside), Outside) << bad;
     EXPECT_EQ(QZFloatGridLinearInterpolate(grid, 0.0F, 0.0F, bad, Outside), Outside) << bad;
   }
+  for (const QZGridBase& none :
+       {QZGridBase(), QZGridBase(0, 5, 5, 0.0F, 0.0F, 0.0F, 1.0F, ""), QZGridBase(1, 1, 1, 0.0F, 0.0F, 0.0F, NaN, "")})
+    EXPECT_EQ(QZFloatGridLinearInterpolate({none, values}, 0.0F, 0.0F, 0.0F, Outside), Outside) << "without a lattice";
 }
 
 TEST(GridInterpolation, AgreesWithTheWeightedSumOfAllPoints) {
-  const QZGridBase geometries[] = {
-      QZGridBase(2, 2, 2, 0.0F, 0.0F, 0.0F, 1.0F, ""), QZGridBase(3, 4, 5, 1.0F, -2.0F, 3.0F, 0.5F, ""),
-      QZGridBase(7, 2, 3, 100.0F, 0.1F, -9.0F, 0.3F, ""), QZGridBase(1, 5, 5, 0.0F, 0.0F, 0.0F, 1.0F, "")};
   std::mt19937 bits(17);
   int inside = 0;
-  for (const QZGridBase& geometry : geometries) {
-    const Sample sample(geometry, 18);
+  for (const QZGridBase& geometry :
+       {QZGridBase(2, 2, 2, 0.0F, 0.0F, 0.0F, 1.0F, ""), QZGridBase(3, 4, 5, 1.0F, -2.0F, 3.0F, 0.5F, ""),
+        QZGridBase(7, 2, 3, 100.0F, 0.1F, -9.0F, 0.3F, ""), QZGridBase(1, 5, 5, 0.0F, 0.0F, 0.0F, 1.0F, "")}) {
+    const Sample sample(geometry);
+    const float low[3] = {geometry.GetXMin(), geometry.GetYMin(), geometry.GetZMin()};
+    const unsigned int dims[3] = {geometry.GetXDim(), geometry.GetYDim(), geometry.GetZDim()};
     for (int i = 0; i < 3000; ++i) {
-      const auto draw = [&](float low, float high) {
-        return low + (high - low) * static_cast<float>(bits()) / 4294967296.0F;
-      };
-      const float x = draw(geometry.GetXMin(), geometry.GetXMax());
-      const float y = draw(geometry.GetYMin(), geometry.GetYMax());
-      const float z = draw(geometry.GetZMin(), geometry.GetZMax());
-      const float got = QZFloatGridLinearInterpolate(sample.grid, x, y, z, Outside);
-      ASSERT_NEAR(static_cast<double>(got), naiveInterpolation(sample.grid, x, y, z), 0.02)
-          << x << ' ' << y << ' ' << z;
+      std::array<float, 3> place;
+      for (std::size_t axis = 0; axis < 3; ++axis)
+        place[axis] = low[axis] + geometry.GetSpacing() *
+                                      static_cast<float>(dims[axis] * (static_cast<double>(bits()) / 4294967296.0));
+      const float got = QZFloatGridLinearInterpolate(sample.grid, place[0], place[1], place[2], Outside);
+      ASSERT_NEAR(static_cast<double>(got), naiveInterpolation(sample, place), 0.02) << testing::PrintToString(place);
       if (got != Outside) ++inside;
     }
   }
   EXPECT_GT(inside, 1000);
 }
 
-TEST(GridInterpolation, AGeometryWithoutALatticeHasNothingInside) {
-  float value = 1.0F;
-  const QZGridBase geometries[] = {QZGridBase(), QZGridBase(0, 5, 5, 0.0F, 0.0F, 0.0F, 1.0F, ""),
-                                   QZGridBase(1, 1, 1, NaN, 0.0F, 0.0F, 0.0F, ""),
-                                   QZGridBase(1, 1, 1, 0.0F, 0.0F, 0.0F, NaN, "")};
-  for (const QZGridBase& geometry : geometries) {
-    const QZFixedGrid<float> grid(geometry, &value);
-    EXPECT_EQ(QZFloatGridLinearInterpolate(grid, 0.0F, 0.0F, 0.0F, Outside), Outside);
-  }
-}
-
 TEST(GridBoundary, IsZeroAndTheRestStays) {
-  for (unsigned int x = 1; x <= 4; ++x) {
-    for (unsigned int y = 1; y <= 4; ++y) {
-      for (unsigned int z = 1; z <= 4; ++z) {
-        Sample sample(QZGridBase(x, y, z, 0.0F, 0.0F, 0.0F, 1.0F, ""), 5);
-        const Sample before(QZGridBase(x, y, z, 0.0F, 0.0F, 0.0F, 1.0F, ""), 5);
-        EXPECT_TRUE(QZZeroFloatGridBoundary(sample.grid));
-        for (unsigned int k = 0; k < z; ++k)
-          for (unsigned int j = 0; j < y; ++j)
-            for (unsigned int i = 0; i < x; ++i) {
-              const bool border = i == 0 || i == x - 1 || j == 0 || j == y - 1 || k == 0 || k == z - 1;
-              ASSERT_EQ(sample.grid.GetValue(i, j, k), border ? 0.0F : before.grid.GetValue(i, j, k))
-                  << x << ' ' << y << ' ' << z << " at " << i << ' ' << j << ' ' << k;
-            }
-      }
-    }
+  for (unsigned int shape = 0; shape < 64; ++shape) {
+    const std::array last = {shape % 4, shape / 4 % 4, shape / 16};
+    Sample sample(QZGridBase(last[0] + 1, last[1] + 1, last[2] + 1, 0.0F, 0.0F, 0.0F, 1.0F, ""));
+    const Sample before(sample.grid);
+    EXPECT_TRUE(QZZeroFloatGridBoundary(sample.grid));
+    before.ForEachPoint([&](const auto& point, float value) {
+      bool border = false;
+      for (std::size_t axis = 0; axis < 3; ++axis) border = border || point[axis] == 0 || point[axis] == last[axis];
+      EXPECT_EQ(sample.grid.GetValue(point[0], point[1], point[2]), border ? 0.0F : value)
+          << testing::PrintToString(last) << " at " << testing::PrintToString(point);
+    });
   }
 }
 
 TEST(GridCenterAndExtents, GivesWhatHasBeenSet) {
-  using Numbers = std::array<float, 6>;
-  const auto ask = [](const QZGridBase& grid, bool hasCenter, bool hasExtents) {
-    Numbers numbers = {1.0F, 2.0F, 3.0F, 4.0F, 5.0F, 6.0F};
-    QZGetCenterAndExtents(grid, hasCenter ? numbers.data() : nullptr, hasExtents ? numbers.data() + 3 : nullptr);
-    return numbers;
-  };
-  const Numbers untouched = {1.0F, 2.0F, 3.0F, 4.0F, 5.0F, 6.0F};
   QZGridBase grid;
   grid.SetDim(2, 3, 4);
-  EXPECT_EQ(ask(grid, true, true), untouched);
+  const auto ask = [&grid](bool hasCenter = true, bool hasExtents = true) {
+    float numbers[] = {1.0F, 2.0F, 3.0F, 4.0F, 5.0F, 6.0F};
+    QZGetCenterAndExtents(grid, hasCenter ? numbers : nullptr, hasExtents ? numbers + 3 : nullptr);
+    return testing::PrintToString(numbers);
+  };
+  EXPECT_EQ(ask(), "{ 1, 2, 3, 4, 5, 6 }");
   grid.SetSpacing(0.5F);
-  EXPECT_EQ(ask(grid, true, true), (Numbers{1.0F, 2.0F, 3.0F, 1.0F, 1.5F, 2.0F}));
   grid.SetXMid(7.0F);
   grid.SetYMid(8.0F);
-  EXPECT_EQ(ask(grid, true, true), (Numbers{1.0F, 2.0F, 3.0F, 1.0F, 1.5F, 2.0F}));
+  EXPECT_EQ(ask(), "{ 1, 2, 3, 1, 1.5, 2 }");
   grid.SetZMid(9.0F);
-  EXPECT_EQ(ask(grid, true, true), (Numbers{7.0F, 8.0F, 9.0F, 1.0F, 1.5F, 2.0F}));
-  EXPECT_EQ(ask(grid, false, true), untouched);
-  EXPECT_EQ(ask(grid, true, false), untouched);
+  EXPECT_EQ(ask(), "{ 7, 8, 9, 1, 1.5, 2 }");
+  EXPECT_EQ(ask(false, true) + ask(true, false), "{ 1, 2, 3, 4, 5, 6 }{ 1, 2, 3, 4, 5, 6 }");
 }

@@ -1,3 +1,5 @@
+// Objects made from generated values: what is written, read and written again is the same bytes.
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -6,9 +8,6 @@
 #include "qz/system/qzb/qzbentrywriter.h"
 #include "qz/system/qzb/qzbwalk.h"
 #include "tests/system/qzb/objects.h"
-#include "tests/system/text/warnings.h"
-
-// Objects made from generated values: what is written, read and written again is the same bytes.
 
 using namespace QZSystem;
 
@@ -19,16 +18,40 @@ class Generator {
   explicit Generator(unsigned int seed) : random(seed) {}
 
   QZContainer Object(int depth) {
+    using Add = void (Generator::*)(QZBase&, const char*);
+    static const Add adds[] = {
+        &Generator::One<int>,       &Generator::One<unsigned int>,
+        &Generator::One<float>,     &Generator::One<double>,
+        &Generator::True,           &Generator::Text,
+        &Generator::Vector<bool>,   &Generator::Vector<char>,
+        &Generator::Vector<short>,  &Generator::Vector<unsigned char>,
+        &Generator::Vector<int>,    &Generator::Vector<unsigned short>,
+        &Generator::Vector<float>,  &Generator::Vector<unsigned int>,
+        &Generator::Vector<double>, &Generator::Vector<QZHalfFloat>,
+        &Generator::Array<bool>,    &Generator::Array<char>,
+        &Generator::Array<int>,     &Generator::Array<unsigned char>,
+        &Generator::Array<float>,   &Generator::Array<unsigned int>,
+        &Generator::Array<double>,  &Generator::Array<QZHalfFloat>,
+    };
     QZContainer object;
-    for (unsigned int left = Below(6); left > 0; --left) AddValue(object, Name().c_str(), depth);
+    for (unsigned int left = Below(6); left > 0; --left) {
+      const std::string name = Name();
+      const unsigned int kind = Below(std::size(adds) + 2);
+      if (kind < std::size(adds)) {
+        (this->*adds[kind])(object, name.c_str());
+      } else if (depth > 0) {
+        object.AddData(name.c_str(), Object(depth - 1));
+      }
+    }
     return object;
   }
 
-  unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(random() % limit); }
-
  private:
+  unsigned int Below(std::size_t limit) { return static_cast<unsigned int>(random() % limit); }
+  unsigned int Count() { return Below(4) == 0 ? Below(2000) : Below(4); }
+
   std::string Name() {
-    static const std::string names[] = {"n",
+    static const char* const names[] = {"n",
                                         "QZBase",
                                         "zQZMCMolBase",
                                         "UnknownQZB60",
@@ -36,122 +59,44 @@ class Generator {
                                         "UnknownQZB300",
                                         "name with blanks",
                                         "\xC3\xA5",
-                                        std::string(127, 'a'),
-                                        std::string(128, 'b'),
-                                        std::string(1008, 'c'),
                                         "QZUnknownQZ",
                                         "!HandledQZBTag",
                                         "0"};
+    static const std::size_t lengths[] = {127, 128, 1008};
+    if (Below(5) == 0) return std::string(lengths[Below(std::size(lengths))], 'c');
     return names[Below(std::size(names))];
   }
 
   template <class T>
   T Value() {
-    T value{};
     const unsigned long bits = random();
-    if constexpr (std::is_same_v<T, bool>) {
-      value = (bits & 1) != 0;
-    } else {
-      std::memcpy(static_cast<void*>(&value), &bits, sizeof value);
-    }
+    if constexpr (std::is_same_v<T, bool>) return (bits & 1) != 0;
+    T value{};
+    std::memcpy(static_cast<void*>(&value), &bits, sizeof value);
     return value;
   }
 
-  unsigned int Count() { return Below(4) == 0 ? Below(2000) : Below(4); }
+  template <class T>
+  void One(QZBase& object, const char* name) {
+    object.AddData(name, Value<T>());
+  }
+  void True(QZBase& object, const char* name) { object.AddData(name, true); }
+  void Text(QZBase& object, const char* name) { object.AddData(name, std::string(Count(), Value<char>())); }
 
   template <class T>
-  void AddVector(QZBase& object, const char* name) {
+  void Vector(QZBase& object, const char* name) {
     std::vector<T> elements;
     for (unsigned int left = Count(); left > 0; --left) elements.push_back(Value<T>());
-    object.AddData<std::vector<T>>(name, elements);
+    object.AddData(name, elements);
   }
 
   // At least one element: none can't be read again.
   template <class T>
-  void AddArray(QZBase& object, const char* name) {
+  void Array(QZBase& object, const char* name) {
     const unsigned int count = Count() + 1;
     const std::unique_ptr<T[]> elements(new T[count]);
     for (unsigned int i = 0; i < count; ++i) elements[i] = Value<T>();
     object.AddData<T*>(name, elements.get(), count);
-  }
-
-  void AddValue(QZBase& object, const char* name, int depth) {
-    switch (Below(26)) {
-      case 0:
-        object.AddData(name, Value<int>());
-        break;
-      case 1:
-        object.AddData(name, Value<unsigned int>());
-        break;
-      case 2:
-        object.AddData(name, Value<float>());
-        break;
-      case 3:
-        object.AddData(name, Value<double>());
-        break;
-      case 4:
-        object.AddData(name, true);
-        break;
-      case 5:
-        object.AddData(name, std::string(Count(), static_cast<char>(Value<char>())));
-        break;
-      case 6:
-        AddVector<bool>(object, name);
-        break;
-      case 7:
-        AddVector<char>(object, name);
-        break;
-      case 8:
-        AddVector<unsigned char>(object, name);
-        break;
-      case 9:
-        AddVector<short>(object, name);
-        break;
-      case 10:
-        AddVector<unsigned short>(object, name);
-        break;
-      case 11:
-        AddVector<int>(object, name);
-        break;
-      case 12:
-        AddVector<unsigned int>(object, name);
-        break;
-      case 13:
-        AddVector<float>(object, name);
-        break;
-      case 14:
-        AddVector<double>(object, name);
-        break;
-      case 15:
-        AddVector<QZHalfFloat>(object, name);
-        break;
-      case 16:
-        AddArray<bool>(object, name);
-        break;
-      case 17:
-        AddArray<char>(object, name);
-        break;
-      case 18:
-        AddArray<unsigned char>(object, name);
-        break;
-      case 19:
-        AddArray<int>(object, name);
-        break;
-      case 20:
-        AddArray<unsigned int>(object, name);
-        break;
-      case 21:
-        AddArray<float>(object, name);
-        break;
-      case 22:
-        AddArray<double>(object, name);
-        break;
-      case 23:
-        AddArray<QZHalfFloat>(object, name);
-        break;
-      default:
-        if (depth > 0) object.AddData(name, Object(depth - 1));
-    }
   }
 
   std::mt19937_64 random;
@@ -162,31 +107,22 @@ std::string Copied(const std::string& body) {
   QZBEntryWriter writer;
   QZBWalk walk(body.data(), body.size());
   for (QZBEntry entry; walk.Next(entry);) {
-    const std::string_view name = entry.name;
-    switch (entry.type) {
-      case QZBType::Int:
-        writer.Add(name, entry.Get<int>());
-        break;
-      case QZBType::Float:
-        writer.Add(name, entry.Get<float>());
-        break;
-      case QZBType::Double:
-        writer.Add(name, entry.Get<double>());
-        break;
-      case QZBType::Bool:
-        writer.Add(name, entry.body[0] != 0);
-        break;
-      case QZBType::String:
-        writer.Add(name, entry.body);
-        break;
-      case QZBType::CharArray:
-        writer.AddArray(name, entry.body.data(), entry.body.size());
-        break;
-      case QZBType::Handled:
-        writer.AddHandled(name, entry.body);
-        break;
-      default:
-        return body;  // what needs aligned elements
+    if (entry.type == QZBType::Int) {
+      writer.Add(entry.name, entry.Get<int>());
+    } else if (entry.type == QZBType::Float) {
+      writer.Add(entry.name, entry.Get<float>());
+    } else if (entry.type == QZBType::Double) {
+      writer.Add(entry.name, entry.Get<double>());
+    } else if (entry.type == QZBType::Bool) {
+      writer.Add(entry.name, entry.body[0] != 0);
+    } else if (entry.type == QZBType::String) {
+      writer.Add(entry.name, entry.body);
+    } else if (entry.type == QZBType::CharArray) {
+      writer.AddArray(entry.name, entry.body.data(), entry.body.size());
+    } else if (entry.type == QZBType::Handled) {
+      writer.AddHandled(entry.name, entry.body);
+    } else {
+      return body;  // what needs aligned elements
     }
   }
   EXPECT_EQ(walk.Status(), QZBReturn::Success);
@@ -196,7 +132,7 @@ std::string Copied(const std::string& body) {
 }
 
 TEST(GeneratedObjects, ComeBackAsTheSameBytes) {
-  const QZBinaryIOHandler empty, filled = ContainerHandler();
+  const QZBinaryIOHandler empty, filled = PODHandler();
   for (unsigned int seed = 1; seed <= 400; ++seed) {
     SCOPED_TRACE(seed);
     const QZContainer object = Generator(seed).Object(3);
@@ -214,18 +150,6 @@ TEST(GeneratedObjects, ComeBackAsTheSameBytes) {
       }
     }
   }
-}
-
-TEST(LargeObjects, GoThroughInOnePiece) {
-  QZContainer object;
-  for (int i = 0; i < 10000; ++i) object.AddData(("value " + std::to_string(i)).c_str(), i);
-  object.AddData("doubles", std::vector<double>(100000, 1.5));
-  const std::string bytes = Written(object);
-  BytesIn in(bytes);
-  QZContainer read;
-  ASSERT_EQ(QZBReadPOD(in, read, bytes.size()), QZBReturn::Success);
-  EXPECT_EQ(Written(read), bytes);
-  EXPECT_EQ(read.GetData<int>("value 9999"), 9999);
 }
 
 }  // namespace

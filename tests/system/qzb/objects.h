@@ -3,13 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "qz/platform/memorystream.h"
-#include "qz/system/data/container.h"
 #include "qz/system/frame/iterowner.h"
-#include "qz/system/qzb/objectstream.h"
-#include "qz/system/qzb/qzbrfxn.h"
-#include "qz/system/qzb/qzbwfxn.h"
 #include "tests/system/qzb/bytes.h"
+#include "tests/system/qzb/containers.h"
 
 namespace QZSystem {
 
@@ -88,24 +84,6 @@ inline std::string Tell(const QZBase& object) {
     text += known ? "; " : "?; ";
   }
   return text;
-}
-
-/// A handler that reads and writes containers, also attached to one another.
-inline QZBinaryIOHandler ContainerHandler() {
-  class Write : public QZWriteFxn<QZContainer> {
-   public:
-    const char* GetTag() const override { return "QZBasePOD"; }
-    const void* GetType() const override { return QZGetDataType<QZContainer>(); }
-    Write* CreateCopy() const override { return new Write(*this); }
-    bool operator()(qzostream& out, const QZContainer& object, const QZBinaryIOHandlerBase& handler) const override {
-      return QZBWriteQZBase(out, object, GetTag(), handler);
-    }
-  };
-  QZBinaryIOHandler handler;
-  handler.SetReadFxn(QZBasePODReadFxn<QZContainer>(), false);
-  handler.SetWriteFxn(Write(), false);
-  QZInstallGenericDataHandler<QZContainer>(handler, "Box");
-  return handler;
 }
 
 /// The body of the object's item.

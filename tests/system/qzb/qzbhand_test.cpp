@@ -18,14 +18,13 @@ struct Cell {};
 
 class Reader : public QZReadFxn<Cell> {
  public:
-  explicit Reader(std::string itemTag, int which = 0) : tag(std::move(itemTag)), mark(which) {}
+  explicit Reader(std::string itemTag) : tag(std::move(itemTag)) {}
   const char* GetTag() const override { return tag.c_str(); }
   const void* GetType() const override { return QZGetDataType<Cell>(); }
   Reader* CreateCopy() const override { return new Reader(*this); }
   unsigned int operator()(qzistream&, Cell&, unsigned long, const QZBinaryIOHandlerBase&) const override { return 0; }
 
   std::string tag;
-  int mark;
 };
 
 template <class T>
@@ -48,7 +47,6 @@ class OwnDefaultReader : public QZDefaultReader {
   }
 };
 
-// The tags of functions, with the mark of a reader behind it.
 template <class Fxn>
 std::string Tags(QZIterBase<Fxn>* functions) {
   std::string text;
@@ -56,15 +54,22 @@ std::string Tags(QZIterBase<Fxn>* functions) {
   return text;
 }
 
-int Mark(const QZBinaryIOHandler& handler, int index) {
-  QZIter<QZReadFxnBase> readers(handler.GetReadFxns());
-  for (; index > 0; --index) ++readers;
-  return static_cast<const Reader&>(*readers).mark;
+// All the tags, those of the readers first.
+std::string Tags(const QZBinaryIOHandler& handler) {
+  return Tags(handler.GetReadFxns()) + "|" + Tags(handler.GetWriteFxns()) + "|" + Tags(handler.GetBaseWriteFxns());
 }
 
-TEST(Handler, IsEmptyAtFirst) {
+QZBinaryIOHandler Filled() {
+  QZBinaryIOHandler handler;
+  for (const char* tag : {"x", "b", "a", "b"}) EXPECT_TRUE(handler.SetReadFxn(Reader(tag), false));
+  EXPECT_TRUE(handler.SetWriteFxn(Writer<Cell>("w"), false));
+  EXPECT_TRUE(handler.SetBaseWriteFxn(Writer<QZBaseData>("v")));
+  return handler;
+}
+
+TEST(Handler, PassesOverItemsAndWritesNoneAtFirst) {
   const QZBinaryIOHandler handler;
-  EXPECT_EQ(Tags(handler.GetReadFxns()) + Tags(handler.GetWriteFxns()) + Tags(handler.GetBaseWriteFxns()), "");
+  EXPECT_EQ(Tags(handler), "||");
   qzosstream out;
   EXPECT_TRUE(handler.GetDefaultWriteFxn()(out, handler));
   EXPECT_EQ(out.tell(), 0U);
@@ -74,40 +79,20 @@ TEST(Handler, IsEmptyAtFirst) {
     EXPECT_EQ(handler.GetDefaultReadFxn()(in, length, "tag", handler), QZBReturn::Success);
     EXPECT_EQ(in.tell(), std::min(length, 6UL));
   }
-  EXPECT_STREQ(handler.GetDefaultReadFxn().GetTag(), "");
-  EXPECT_EQ(handler.GetDefaultWriteFxn().GetType(), nullptr);
 }
 
-TEST(Handler, KeepsFunctionsInTheOrderOfRegistration) {
-  QZBinaryIOHandler handler;
-  EXPECT_TRUE(handler.SetReadFxn(Reader("b", 1), false));
-  EXPECT_TRUE(handler.SetReadFxn(Reader("a", 2), false));
-  EXPECT_TRUE(handler.SetReadFxn(Reader("b", 3), false));
-  EXPECT_TRUE(handler.SetWriteFxn(Writer<Cell>("w"), false));
-  EXPECT_TRUE(handler.SetBaseWriteFxn(Writer<QZBaseData>("v")));
-  EXPECT_EQ(Tags(handler.GetReadFxns()), "b a b");
-  EXPECT_EQ(Tags(handler.GetWriteFxns()), "w");
-  EXPECT_EQ(Tags(handler.GetBaseWriteFxns()), "v");
-  EXPECT_TRUE(handler.HasReadFxn(Reader("a")));
+TEST(Handler, KeepsTheOrderAndReplacesTheFirstThatFits) {
+  QZBinaryIOHandler handler = Filled();
+  EXPECT_EQ(Tags(handler), "x b a b|w|v");
+  EXPECT_TRUE(handler.HasReadFxn(Reader("a")) && handler.HasWriteFxn(Writer<Cell>("w")));
   EXPECT_FALSE(handler.HasReadFxn(Reader("c")));
-  EXPECT_TRUE(handler.HasWriteFxn(Writer<Cell>("w")));
   EXPECT_FALSE(handler.HasWriteFxn(Writer<int>("w"))) << "the type counts too";
-}
-
-TEST(Handler, ReplacesTheFirstThatFits) {
-  QZBinaryIOHandler handler;
-  int mark = 0;
-  for (const char* tag : {"x", "b", "a", "b"}) handler.SetReadFxn(Reader(tag, ++mark), false);
-  EXPECT_TRUE(handler.ReplaceReadFxn(Reader("b", 10), ""));
-  EXPECT_TRUE(handler.ReplaceReadFxn(Reader("new", 11), "a"));
-  EXPECT_FALSE(handler.ReplaceReadFxn(Reader("a", 12), "")) << "that is gone";
-  EXPECT_EQ(Tags(handler.GetReadFxns()), "x b new b");
-  EXPECT_EQ(Mark(handler, 1), 10);
-  EXPECT_EQ(Mark(handler, 3), 4);
-  handler.SetWriteFxn(Writer<Cell>("w"), false);
+  EXPECT_TRUE(handler.ReplaceReadFxn(Reader("new"), "b"));
+  EXPECT_TRUE(handler.ReplaceReadFxn(Reader("b"), ""));
+  EXPECT_FALSE(handler.ReplaceReadFxn(Reader("c"), ""));
   EXPECT_FALSE(handler.ReplaceWriteFxn(Writer<int>("w"), ""));
   EXPECT_TRUE(handler.ReplaceWriteFxn(Writer<Cell>("u"), "w"));
-  EXPECT_EQ(Tags(handler.GetWriteFxns()), "u");
+  EXPECT_EQ(Tags(handler), "x new a b|u|v");
 }
 
 TEST(Handler, TakesOnlyDefaultsAsDefaults) {
@@ -115,7 +100,7 @@ TEST(Handler, TakesOnlyDefaultsAsDefaults) {
   EXPECT_TRUE(handler.SetReadFxn(OwnDefaultReader(), true));
   EXPECT_FALSE(handler.SetReadFxn(Reader("a"), true));
   EXPECT_FALSE(handler.SetWriteFxn(Writer<Cell>("a"), true));
-  EXPECT_EQ(Tags(handler.GetReadFxns()) + Tags(handler.GetWriteFxns()), "");
+  EXPECT_EQ(Tags(handler), "||");
   BytesIn in("");
   EXPECT_EQ(handler.GetDefaultReadFxn()(in, 0, "", handler), 5U);
   EXPECT_EQ(QZBinaryIOHandler(handler).GetDefaultReadFxn()(in, 0, "", handler), 5U);
@@ -136,32 +121,25 @@ TEST(Handler, RefusesTagsThatNoItemCanHave) {
   EXPECT_FALSE(handler.SetBaseWriteFxn(Writer<QZBaseData>(longer)));
   const std::string warning = "Warning: Attempt to register writer function which has a tag length of > 1024 bytes\n";
   EXPECT_EQ(messages.Take(), warning + warning);
-  EXPECT_EQ(Tags(handler.GetReadFxns()), longest);
-  EXPECT_EQ(Tags(handler.GetBaseWriteFxns()), "");
+  EXPECT_EQ(Tags(handler), longest + "|" + longest + "|");
 }
 
 TEST(Handler, IsAValue) {
-  QZBinaryIOHandler handler;
-  handler.SetReadFxn(Reader("r"), false);
-  handler.SetWriteFxn(Writer<Cell>("w"), false);
-  handler.SetBaseWriteFxn(Writer<QZBaseData>("v"));
+  QZBinaryIOHandler handler = Filled(), assigned;
   handler.SetData("note", 5);
   const std::unique_ptr<QZBinaryIOHandler> copy(handler.CreateCopy());
   const QZBinaryIOHandler fromBase(static_cast<const QZBinaryIOHandlerBase&>(handler));
-  QZBinaryIOHandler assigned;
   assigned.SetReadFxn(Reader("old"), false);
   assigned = handler;
   assigned = *&assigned;
   handler.Clear();
-  EXPECT_EQ(Tags(handler.GetReadFxns()) + Tags(handler.GetWriteFxns()) + Tags(handler.GetBaseWriteFxns()), "");
+  EXPECT_EQ(Tags(handler), "||");
   EXPECT_FALSE(handler.HasData("note"));
-  for (const QZBinaryIOHandler* each :
-       std::initializer_list<const QZBinaryIOHandler*>{copy.get(), &fromBase, &assigned}) {
-    EXPECT_EQ(Tags(each->GetReadFxns()) + Tags(each->GetWriteFxns()) + Tags(each->GetBaseWriteFxns()), "rwv");
-    EXPECT_EQ(each->GetData<int>("note"), 5);
+  for (const QZBinaryIOHandler& each : {*copy, fromBase, assigned}) {
+    EXPECT_EQ(Tags(each), "x b a b|w|v");
+    EXPECT_EQ(each.GetData<int>("note"), 5);
   }
-  EXPECT_TRUE(handler.IsDataType(handler.GetDataType()));
-  EXPECT_TRUE(handler.IsDataType(QZGetDataType<QZBase>()));
+  EXPECT_TRUE(handler.IsDataType(handler.GetDataType()) && handler.IsDataType(QZGetDataType<QZBase>()));
   EXPECT_FALSE(handler.IsDataType(QZGetDataType<Reader>()));
 }
 
