@@ -159,14 +159,6 @@ std::string QZColor::GetText(bool withAlpha) const {
   return text;
 }
 
-QZColor& QZColor::SetPackedColor(unsigned int packed) {
-  r = static_cast<unsigned char>(packed);
-  g = static_cast<unsigned char>(packed >> 8);
-  b = static_cast<unsigned char>(packed >> 16);
-  a = static_cast<unsigned char>(packed >> 24);
-  return *this;
-}
-
 QZColor& QZColor::SetRGBA(const unsigned char* rgba) {
   if (rgba) return Set(rgba[0], rgba[1], rgba[2], rgba[3]);
   QZThrow.Warning(nullInSetter);

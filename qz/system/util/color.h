@@ -58,7 +58,13 @@ class QZColor {
   QZColor& Set(unsigned int red, unsigned int green, unsigned int blue, unsigned int alpha) {
     return Set(red, green, blue).SetA(alpha);
   }
-  QZColor& SetPackedColor(unsigned int packed);
+  constexpr QZColor& SetPackedColor(unsigned int packed) {
+    r = static_cast<unsigned char>(packed);
+    g = static_cast<unsigned char>(packed >> 8);
+    b = static_cast<unsigned char>(packed >> 16);
+    a = static_cast<unsigned char>(packed >> 24);
+    return *this;
+  }
   /// Copies four bytes. A null pointer changes nothing, after the Warning "QZColor::SetRGBA() invalid pointer!".
   QZColor& SetRGBA(const unsigned char* rgba);
   /// Reads the text form, with digits in either case; without alpha the colour becomes opaque. False after an Error:
