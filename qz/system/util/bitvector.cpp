@@ -1,6 +1,7 @@
 #include "qz/system/util/bitvector.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -237,7 +238,10 @@ QZBitVector& QZBitVector::operator-=(const QZBitVector& other) {
 
 bool QZBitVector::FromHexString(const std::string& text) { return QZParseHex(*this, text); }
 
-bool QZBitVector::FromHexString(const char* text) { return QZParseHex(*this, text); }
+bool QZBitVector::FromHexString(const char* text) {
+  assert(text != nullptr);
+  return QZParseHex(*this, text);
+}
 
 bool QZBitVector::ToHexString(std::string& text) const { return QZMakeHex(text, *this, 0); }
 
@@ -280,6 +284,7 @@ double QZTanimoto(const QZBitVector& a, const QZBitVector& b) {
 
 void QZGetBitCounts(const QZBitVector& a, const QZBitVector& b, unsigned int* onlyA, unsigned int* onlyB,
                     unsigned int* both, unsigned int* neither) {
+  assert(onlyA != nullptr && onlyB != nullptr && both != nullptr && neither != nullptr);
   *onlyA = *onlyB = *both = *neither = 0;
   if (a.GetSize() != b.GetSize()) {
     QZThrow.Warning(SizesDiffer, static_cast<int>(a.GetSize()), static_cast<int>(b.GetSize()));
