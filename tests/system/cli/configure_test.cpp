@@ -102,6 +102,7 @@ TEST_F(Configure, LevelLines) {
       {"!DETAIL\na\n!DETAIL\nb", "", "a|b", ""},
       {"!DETAIL\na\n!END\nwhat\n", "", "a", ""},
       {"  !PARAMETER  ", "", "", keyword + "  !PARAMETER  "},
+      {"!CATEGORY\n!END\n", "", "", keyword + "!CATEGORY"},
       {"!CATEGORY\"a\"\n", "", "", keyword + "!CATEGORY\"a\""},
       {"!END\r\n", "", "", keyword + "!END\r"},
   };
@@ -130,6 +131,7 @@ TEST_F(Configure, CategoryLines) {
       {"\"two words\" 1 2", "two words", 0, {words}},
       {"passed \"over\" 5", "over", 5, {}},
       {"\"\" 4", " 4", 0, {}},
+      {"\"\"", "\"\"", 0, {}},
       {"\"open", "open", 0, {count}},
       {"\"a\" \"5\"", "\"a\"", 0, {count, "too many quotes"}},
       {"\"a\"\" 5", "a", 5, {count}},
@@ -172,6 +174,7 @@ TEST_F(Configure, ParametersThatFailAreNotAdded) {
       {"!TYPE int\n", {"Error: Configure.  !PARAMETER -p is unterminated (by !END)"}},
       {"!TYPE int\n!LIST maybe\n!END\n", {"Error: configuring parameter -p : !LIST must be followed by true or false"}},
       {"!BRIEF text\n!END\n", {untyped}},
+      {"!TYPE\n!END\n", {untyped}},
       {"!TYPE int long\n!END\n", {untyped}},
       {"!TYPE bit\n!TYPE int\n!END\n",
        {"Warning: QZSimpleFactory.  Unknown classid bit", "Warning: QZInterfaceImpl::AddParamter.  Unknown classid bit",

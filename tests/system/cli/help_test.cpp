@@ -105,6 +105,8 @@ TEST_F(Help, WrapsBriefsAtTheWidth) {
   setenv("COLUMNS", "wide", 1);
   EXPECT_TRUE(ask({"compare", "--help", "all"}));
   EXPECT_NE(told.find("    -in :\n          The\n          input\n          file\n"), std::string::npos) << told;
+  EXPECT_TRUE(ask({"compare", "--help", "all", "120"}));
+  EXPECT_NE(told.find("    -in : The input file\n"), std::string::npos) << told;
   unsetenv("COLUMNS");
 }
 

@@ -83,6 +83,12 @@ TEST_F(OptionTree, ListsSortedInIteratorsAndDepthFirstInVectors) {
   EXPECT_EQ(Names(groups), "late deep early late early");
 }
 
+TEST_F(OptionTree, IteratorsHoldWhatWasThereWhenTheyWereMade) {
+  QZIter<QZParameter> all(root.GetParameters(true));
+  for (int i = 0; i < 100; ++i) Add(root, "-more");
+  EXPECT_EQ(Names(all.Release()), "-z -a -d -e -l1 -l2 -m");
+}
+
 TEST_F(OptionTree, FindsParametersInAnyCaseAndGroupsExactly) {
   EXPECT_EQ(root.GetParameter("-FIRST")->GetName(), "-z");
   // One of the group itself comes before one below, and no sorting takes part.

@@ -133,9 +133,12 @@ TEST(JSONParse, UsualTextsAreTakenQuickly) {
         Repeat("[", 16) + Repeat("]", 16)}) {
     EXPECT_TRUE(ExpectQuickIsGuarded(text)) << text;
   }
-  for (const std::string& text : {Sample(), std::string("[9223372036854775808]"), Repeat("[", 17) + Repeat("]", 17)}) {
+  for (const char* text : {"[9223372036854775808]", "[01]", "[1.]", "[NaN.2]", "[Inf]", "\"a\x01\"", "[1,]", "[1 2]",
+                           "{1:2}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1]]", "[tru]", "[1e999]", "{}\f"}) {
     EXPECT_FALSE(ExpectQuickIsGuarded(text)) << text;
   }
+  EXPECT_FALSE(ExpectQuickIsGuarded(Sample()));
+  EXPECT_FALSE(ExpectQuickIsGuarded(Repeat("[", 17) + Repeat("]", 17)));
 }
 
 TEST(JSONParse, MessagesTellOffsetAndReason) {
@@ -153,6 +156,7 @@ TEST(JSONParse, MessagesTellOffsetAndReason) {
       {"[1.5]", "JSON: Top level document must be an object"},
       {"{\"a\":" + deep + Repeat("]", 1023) + "}", ""},
       {"{\"a\":" + deep + "[", "JSON: parse error offset 1028: Terminate parsing due to Handler error."},
+      {"{\"a\":" + deep + "{", "JSON: parse error offset 1028: Terminate parsing due to Handler error."},
       {"{\"a\":NaN.1," + deep + "[", "JSON: parse error offset 5: Invalid value."},
       {"{\"a\" " + deep + "[", "JSON: parse error offset 5: Missing a colon after a name of object member."},
       {"{\"a\":[" + Repeat("[],", 5000) + "1]}", ""},

@@ -39,6 +39,11 @@ TEST(JSONTextWriter, DoublesAreWrittenAsTheLibraryDoes) {
   for (const double value : {0.0, -0.0, 1.0, -2.5, 1e-6, 5e-7, 1e-7, 999999999.999999, 1e9, 1e21, 1e22, 5e-324,
                              1.7976931348623157e308, 0.1 + 0.2, kInfinity, -kInfinity, std::nan("")})
     ASSERT_NO_FATAL_FAILURE(ExpectAsLibrary(value));
+  for (int exponent = -24; exponent < 32; ++exponent) {
+    const double power = std::ldexp(1.0, exponent);
+    for (const double value : {power, std::nextafter(power, 0.0), std::nextafter(power, kInfinity)})
+      ASSERT_NO_FATAL_FAILURE(ExpectAsLibrary(value));
+  }
 }
 
 // Decimals of few digits take another road than doubles of many digits; neighbours lie on the border.

@@ -72,6 +72,9 @@ TEST(DotTracer, DoneStandsOnALineOfItsOwnNearTheEndOfARow) {
 // A tracer made while the clock fails believes that decades have passed, which counts in seconds of the clock. After
 // the first dot they haven't.
 TEST(DotTracer, NoDotIsPrintedBeforeItsTime) {
+  qzosstream quiet;
+  fourDots(*std::make_unique<QZDotTracer>(never, quiet, 50));
+  EXPECT_EQ(quiet.str(), "Done.\n");
   using Fault = SystemCalls::ScheduledFault;
   auto broken = std::make_unique<Fault>(SystemCalls::Call::Clock, 1, SystemCalls::Fault::Fail(EIO), true);
   qzosstream out;

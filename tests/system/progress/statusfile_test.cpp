@@ -84,6 +84,9 @@ TEST_F(StatusFile, HoldsALineForEachOpenTask) {
 // A tracer made while the clock fails believes that decades have passed, which
 // counts in seconds of the clock. After the writing they haven't.
 TEST_F(StatusFile, NothingIsWrittenBeforeItsTime) {
+  QZStatusFileTracer early(path, never);
+  early.SetTask("run");
+  EXPECT_EQ(Content(), "-");
   auto broken = std::make_unique<ScheduledFault>(Call::Clock, 1, Fault::Fail(EIO), true);
   QZStatusFileTracer tracer(path, never);
   broken.reset();
