@@ -121,6 +121,8 @@ const Road filesAreReplaced("FilesAreReplaced", allocations | calls | firstUse, 
     });
     // All or nothing, and a failure after the renaming would have nobody to tell.
     EXPECT_TRUE(Content(folder / "a") == (replaced ? longText() : old));
+    const auto entries = std::distance(std::filesystem::directory_iterator(folder.path), {});
+    EXPECT_TRUE(attempt.IsForGood() || entries == (replaced || *old ? 1 : 0)) << "a part is left";
     QZFileReplacement second(folder / "a");
     second.Out() << "new";
     EXPECT_TRUE(second.Commit());

@@ -89,24 +89,6 @@ TEST(FileReplace, WhatCannotBeMadeSaysWhy) {
   EXPECT_EQ(Entries(folder), 1);
 }
 
-TEST(FileReplace, WhicheverCallFailsTheOldFileStaysOrTheNewOneIsWhole) {
-  Folder folder;
-  const std::string content(100000, 'n');
-  bool met = true;
-  for (unsigned long nth = 1; met; ++nth) {
-    folder.File("a", "old");
-    bool done = false;
-    {
-      ScheduledFault scheduled(Call::Any, nth, Fault::Fail(EIO));
-      done = Replace(folder / "a", content);
-      met = scheduled.Count() >= nth;
-    }
-    EXPECT_TRUE(done || met) << nth;
-    EXPECT_EQ(Content(folder / "a"), done ? content : "old") << nth;
-    EXPECT_EQ(Entries(folder), 1) << nth;
-  }
-}
-
 TEST(FileReplace, TheExitOfTheProcessRemovesWhatIsItsOwn) {
   Folder folder;
   QZFileReplacement file(folder / "a");

@@ -222,17 +222,4 @@ TEST(FileStream, InterruptedAndShortCallsAreContinued) {
   expectReadBack(1, Fault::Shorten(1), true);
 }
 
-TEST(FileStream, ReadingStopsAtAnErrorAndTellsIt) {
-  Folder folder;
-  folder.File("a", Bytes(100000));
-  for (unsigned long nth = 1; nth != 5; ++nth) {
-    const ScheduledFault scheduled(Call::Read, nth, Fault::Fail(EIO));
-    qzifstream in;
-    in.open(folder / "a");
-    EXPECT_EQ(Rest(in).size(), (nth - 1) * 32768) << nth;
-    EXPECT_TRUE(in.eof());
-    EXPECT_EQ(in.error(), EIO) << nth;
-  }
-}
-
 }  // namespace

@@ -23,17 +23,15 @@ namespace {
 
 constexpr std::size_t KiB = 1024;
 
-struct Seen {
-  std::size_t left;
-  std::uint64_t threshold;
-};
+using Seen = std::vector<std::pair<std::size_t, std::uint64_t>>;
 
-// The thresholds while the stack is used up until `least` bytes are left, about a kilobyte at each call.
-[[gnu::noinline]] void Descend(const char* bottom, std::size_t least, std::vector<Seen>& seen) {
+// What is left and the thresholds while the stack is used up until `least` bytes are left, about a kilobyte at each
+// call.
+[[gnu::noinline]] void Descend(const char* bottom, std::size_t least, Seen& seen) {
   volatile char block[1024];
   block[0] = 1;
   const auto left = static_cast<std::size_t>(static_cast<const char*>(__builtin_frame_address(0)) - bottom);
-  seen.push_back({left, QZGetAllocaThreshold()});
+  seen.emplace_back(left, QZGetAllocaThreshold());
   if (left > least) Descend(bottom, least, seen);
   block[1023] = block[0];
 }
@@ -57,14 +55,14 @@ TEST(QZGetNumProcessors, CountsThoseTheProcessMayUse) {
 }
 
 TEST(QZGetAllocaThreshold, FallsWithTheStackThatIsLeft) {
-  std::vector<Seen> seen;
+  Seen seen;
   std::thread([&] {
     void* bottom = nullptr;
     std::size_t size = 0;
     ASSERT_EQ(SystemCalls::StackBounds(&bottom, &size), 0);
     Descend(static_cast<const char*>(bottom), 50 * KiB, seen);
   }).join();
-  EXPECT_EQ(seen.front().threshold, 32768U);
+  EXPECT_EQ(seen.front().second, 32768U);
   std::uint64_t before = 32768;
   for (const auto& [left, threshold] : seen) {
     const std::uint64_t least = left > 200 * KiB ? 32768 : left > 70 * KiB ? 1 : 0;

@@ -12,18 +12,6 @@ using SystemCalls::Call;
 using SystemCalls::Fault;
 using SystemCalls::ScheduledFault;
 
-TEST(SystemCalls, AScheduleMeetsItsCallAndNoOther) {
-  const ScheduledFault fault(Call::Clock, 2, Fault::Fail(EPERM));
-  struct stat status = {};
-  EXPECT_GE(SystemCalls::Time(), 0);
-  EXPECT_EQ(SystemCalls::Status("/", &status), 0);
-  timespec now = {};
-  EXPECT_EQ(SystemCalls::ReadClock(CLOCK_MONOTONIC, &now), -1);
-  EXPECT_EQ(errno, EPERM);
-  EXPECT_GE(SystemCalls::Time(), 0);
-  EXPECT_EQ(fault.Count(), 3U);
-}
-
 TEST(SystemCalls, AnInterruptedCallIsRepeatedButNotAClose) {
   const ScheduledFault opens(Call::Open, 1, Fault::Interrupt());
   const int descriptor = SystemCalls::Open("/dev/null", 0);

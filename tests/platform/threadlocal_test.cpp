@@ -32,15 +32,12 @@ struct Live {
 
 // Its values look up values of the same kind while they are made and while they go.
 struct Nested {
-  Nested() {
-    if (inner != nullptr) depth = inner->Get().depth + 1;
-  }
   ~Nested() {
     if (QZThreadLocal<Nested>* const values = std::exchange(last, nullptr)) values->Get().depth = depth;
   }
-  int depth = 0;
   static inline QZThreadLocal<Nested>* inner = nullptr;
   static inline QZThreadLocal<Nested>* last = nullptr;
+  int depth = inner != nullptr ? inner->Get().depth + 1 : 0;
 };
 
 }  // namespace
@@ -109,10 +106,7 @@ TEST(QZThreadLocal, AValueMayLookUpOthersWhileItIsMadeAndWhileItGoes) {
 TEST(QZThreadLocal, AConstructorThatThrowsLeavesNothing) {
   static bool refuse = true;
   struct Refusing {
-    Refusing() {
-      if (refuse) throw 1;
-    }
-    int value = 3;
+    int value = refuse ? throw 1 : 3;
   };
   QZThreadLocal<Refusing> values;
   EXPECT_THROW(values.Get(), int);
