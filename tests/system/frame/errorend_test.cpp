@@ -136,19 +136,6 @@ TEST(QZThrowDeathTest, AfterItsEndItPrintsAndNeverEndsTheProcess) {
   outermost.atTheEnd = nullptr;
 }
 
-TEST(QZThrowDeathTest, TheThresholdOfMainHoldsInStaticDestructors) {
-  EXPECT_EXIT(
-      {
-        QZThrow.SetLevel(QZErrorLevel::Warning);
-        std::atexit([] {
-          QZThrow.Info("dropped");
-          QZThrow.Warning("seen");
-        });
-        std::exit(0);
-      },
-      ExitedWithCode(0), "^Warning: seen\n$");
-}
-
 TEST(QZThrowDeathTest, AnOwnedImplementationGoesAtTheEndOnceNobodyIsInIt) {
   EXPECT_EXIT(
       {

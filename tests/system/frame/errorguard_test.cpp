@@ -43,11 +43,10 @@ using Sent = std::vector<std::pair<unsigned int, std::string>>;
 // What a guard, made with the arguments, says at its end of the messages that are sent under it.
 template <class Guard, class... Arguments>
 auto With(Arguments... arguments) {
-  return [=](
-             const Sent& messages, const std::function<void(Guard&)>& prepare = [](Guard&) {}) {
+  return [=](const Sent& messages, const std::function<void(Guard&)>& prepare = nullptr) {
     return Thrown([&] {
       Guard guard(arguments...);
-      prepare(guard);
+      if (prepare) prepare(guard);
       for (const auto& [level, text] : messages) QZThrow.Msg(level, text);
     });
   };
