@@ -7,7 +7,7 @@
 #include <string>
 
 #include "tests/platform/commalocale.h"
-#include "tests/system/text/warnings.h"
+#include "tests/system/cli/messages.h"
 
 namespace {
 
@@ -40,15 +40,15 @@ TEST(MakeString, PrintsTextsOfEveryLengthWhole) {
 }
 
 TEST(MakeString, WarnsOfATextThatPrintfRefusesAndOfMemoryThatIsNotThere) {
-  Warnings warnings;
+  Messages messages;
   EXPECT_EQ(QZMakeString("%ls", L"\u20ac"), "");
-  EXPECT_EQ(warnings.Take(), "Warning: Unable to resize string memory: 2147483647 (2147483647)\n");
+  EXPECT_EQ(messages.Take(), "Warning: Unable to resize string memory: 2147483647 (2147483647)\n");
   const std::string text(9000, 'x');
   failingSize = 16384;
   const std::string result = QZMakeString("%s", text.c_str());
   failingSize = SIZE_MAX;
   EXPECT_EQ(result, "");
-  EXPECT_EQ(warnings.Take(), "Warning: Unable to allocate string memory (16384)\n");
+  EXPECT_EQ(messages.Take(), "Warning: Unable to allocate string memory (16384)\n");
 }
 
 TEST(MakeString, LocaleHasNoInfluence) {

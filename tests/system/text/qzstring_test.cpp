@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/system/text/warnings.h"
+#include "tests/system/cli/messages.h"
 
 namespace QZSystem {
 namespace {
@@ -45,7 +45,7 @@ TEST(String, BlanksAreSpacesAndTabs) {
 }
 
 TEST(String, MatchTakesUpToTwoWildcards) {
-  Warnings warnings;
+  Messages messages;
   const auto matches = [](const char* pattern) { return QZStringMatch("abcb", pattern); };
   for (const char* pattern : {"abcb", "a*", "*b", "*", "**", "*c*", "a**b", "a*c*b", "abcb*", "abc*bcb", "a*b*cb"}) {
     EXPECT_TRUE(matches(pattern)) << pattern;
@@ -56,10 +56,10 @@ TEST(String, MatchTakesUpToTwoWildcards) {
   }
   EXPECT_TRUE(QZStringMatch("", "") && QZStringMatch("", "*") && !QZStringMatch("", "*a*"));
   EXPECT_TRUE(QZStringMatch("a*b*c*d", "a*b*c*d")) << "the same text";
-  EXPECT_EQ(warnings.Take(), "");
+  EXPECT_EQ(messages.Take(), "");
   for (const char* pattern : {"a*b*c*", "***"}) {
     EXPECT_FALSE(matches(pattern));
-    EXPECT_EQ(warnings.Take(), "Warning: QZStringMatch doesn't support more than two wildcards, *'s, in a pattern\n");
+    EXPECT_EQ(messages.Take(), "Warning: QZStringMatch doesn't support more than two wildcards, *'s, in a pattern\n");
   }
 }
 

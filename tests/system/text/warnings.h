@@ -1,9 +1,0 @@
-#pragma once
-
-#include "tests/system/cli/messages.h"
-
-namespace QZSystem {
-
-using Warnings = Messages;
-
-}  // namespace QZSystem
