@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <thread>
 #include <vector>
 
+#include "qz/platform/machine.h"
 #include "qz/platform/syscalls_impl.h"
 #include "qz/system/progress/boundedbuffer.h"
 #include "tests/platform/childstatus.h"
@@ -111,17 +113,57 @@ TEST(ThreadedDots, AnUpdateBesideTheTotalCountsOrFails) {
   }
 }
 
+// A pipe in the place of standard error, which takes 65536 bytes until somebody reads.
+class PipedStandardError {
+ public:
+  PipedStandardError() : saved(dup(STDERR_FILENO)) {
+    EXPECT_EQ(pipe(ends), 0);
+    dup2(ends[1], STDERR_FILENO);
+  }
+  ~PipedStandardError() {
+    dup2(saved, STDERR_FILENO);
+    for (const int each : {ends[0], ends[1], saved}) close(each);
+  }
+  void Fill() { EXPECT_EQ(write(ends[1], bytes.data(), bytes.size()), 65536); }
+  // What is written, once anything is; nothing if that takes a minute.
+  std::string Drain() {
+    pollfd waiting = {ends[0], POLLIN, 0};
+    const bool isThere = poll(&waiting, 1, 60000) == 1;
+    return bytes.substr(0, isThere ? static_cast<std::size_t>(read(ends[0], bytes.data(), bytes.size())) : 0);
+  }
+
+ private:
+  std::string bytes = std::string(65536, 'x');
+  int saved;
+  int ends[2] = {};
+};
+
+// As many updates as the queue holds are accepted, with the one or two that the thread has in its hands, and the next
+// one waits until the terminal goes on.
+TEST(ThreadedDots, CallersWaitOnlyForAFullQueue) {
+  const unsigned int room = 2 * QZGetNumProcessors();
+  std::atomic<unsigned int> accepted{0};
+  PipedStandardError terminal;
+  terminal.Fill();
+  QZThreadedDots dots(4000000000, 1, "items");
+  std::thread worker([&] {
+    for (unsigned int i = 0; i < room + 10; ++i, ++accepted) dots.Update(1);
+  });
+  while (accepted < room) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_LE(accepted, room + 2);
+  terminal.Drain();
+  worker.join();
+}
+
 TEST(ThreadedDots, ADotDoesNotWaitForTheNext) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  const int saved = dup(STDERR_FILENO);
-  dup2(ends[1], STDERR_FILENO);
+  PipedStandardError terminal;
   QZThreadedDots dots(1000, 100, "items");
-  for (int i = 0; i < 150; ++i) dots.Update(1);
-  pollfd waiting = {ends[0], POLLIN, 0};
-  EXPECT_EQ(poll(&waiting, 1, 60000), 1);
-  dup2(saved, STDERR_FILENO);
-  for (const int each : {ends[0], ends[1], saved}) close(each);
+  for (int round = 0; round < 3; ++round) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the thread waits for more by then
+    for (int i = 0; i < 100; ++i) dots.Update(1);
+    EXPECT_EQ(terminal.Drain(), ".");
+  }
 }
 
 // Only one of the dots of a process may print at a time.
