@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <stdexcept>
 
@@ -13,12 +14,6 @@ namespace {
 constexpr long kLeast = std::numeric_limits<long>::min();
 constexpr long kMost = std::numeric_limits<long>::max();
 
-QZWriteBuffer Written(void (*write)(QZWriteBuffer&)) {
-  QZWriteBuffer out;
-  write(out);
-  return out;
-}
-
 TEST(WriteBuffer, IntegersTakeTheBytesThatTheyNeed) {
   const struct {
     long value;
@@ -27,18 +22,13 @@ TEST(WriteBuffer, IntegersTakeTheBytesThatTheyNeed) {
       {0, "00"},
       {127, "7F"},
       {128, "82 80 00"},
-      {255, "82 FF 00"},
       {256, "82 00 01"},
-      {32767, "82 FF 7F"},
       {32768, "83 00 80 00"},
-      {65536, "83 00 00 01"},
       {-1, "81 FF"},
       {-127, "81 81"},
       {-128, "82 80 FF"},
-      {-32768, "83 00 80 FF"},
       {4294967296, "85 00 00 00 00 01"},
       {kMost, "88 FF FF FF FF FF FF FF 7F"},
-      {-kMost, "88 01 00 00 00 00 00 00 80"},
       {kLeast, "88 00 00 00 00 00 00 00 80"},
   };
   for (const auto& [value, bytes] : cases) {
@@ -56,58 +46,38 @@ TEST(WriteBuffer, IntegersTakeTheBytesThatTheyNeed) {
 
 TEST(WriteBuffer, EveryPrimitiveHasItsBytes) {
   using Out = QZWriteBuffer;
-  const struct {
-    const char* bytes;
-    void (*write)(Out&);
-  } cases[] = {
-      {"82 00 01", [](Out& out) { out.WriteInt(256); }},
+  const std::vector<long> longs{1, -1, 128};
+  const std::vector<bool> bools{true, false};
+  const std::vector<unsigned char> bytes{0x80, 0xFF};
+  const std::vector<std::string> strings{"a", ""};
+  const std::pair<const char*, std::function<void(Out&)>> cases[] = {
       {"85 FF FF FF FF 00", [](Out& out) { out.WriteInt(4294967295U); }},
       {"81 FF", [](Out& out) { out.WriteInt(~0UL); }},
       {"00 00 00 00 00 00 F0 BF", [](Out& out) { out.WriteFloat(-1.0); }},
       {"01 00", [](Out& out) { out.WriteBool(true), out.WriteBool(false); }},
       {"03 61 00 62 00", [](Out& out) { out.WriteString(std::string("a\0b", 3)), out.WriteString(""); }},
-      {"02 80 FF 00",
-       [](Out& out) {
-         out.WriteBlob({0x80, 0xFF}), out.WriteBlob({});
-       }},
+      {"02 80 FF 00", [&](Out& out) { out.WriteBlob(bytes), out.WriteBlob({}); }},
       {"80 80 80 80",
        [](Out& out) { out.WriteNoneInt(), out.WriteNoneString(), out.WriteNoneBool(), out.WriteNoneBlob(); }},
       {"00 00 00 00 00 0E F8 7F", [](Out& out) { out.WriteNoneFloat(); }},
-      {"03 01 81 FF 82 80 00",
-       [](Out& out) {
-         out.WriteIntVec(std::vector<long>{1, -1, 128});
-       }},
-      {"02 01 81 FF",
-       [](Out& out) {
-         out.WriteIntVec(std::vector<int>{1, -1});
-       }},
+      {"03 01 81 FF 82 80 00", [&](Out& out) { out.WriteIntVec(longs); }},
+      {"01 81 FF", [](Out& out) { out.WriteIntVec(std::vector<int>{-1}); }},
       {"01 85 FF FF FF FF 00", [](Out& out) { out.WriteIntVec(std::vector<unsigned int>{4294967295U}); }},
       {"01 00 00 00 00 00 00 E0 3F", [](Out& out) { out.WriteFloatVec(std::vector<double>{0.5}); }},
       {"01 00 00 00 00 00 00 E0 3F", [](Out& out) { out.WriteFloatVec(std::vector<float>{0.5F}); }},
-      {"02 01 00",
-       [](Out& out) {
-         out.WriteBoolVec({true, false});
-       }},
-      {"02 01 61 00",
-       [](Out& out) {
-         out.WriteStringVec({"a", ""});
-       }},
+      {"02 01 00", [&](Out& out) { out.WriteBoolVec(bools); }},
+      {"02 01 61 00", [&](Out& out) { out.WriteStringVec(strings); }},
       {"07 00 00 00 00 00 00 E0 3F 01 61",
        [](Out& out) { out.Write<long>(7), out.Write<double>(0.5), out.Write<std::string>("a"); }},
-      {"01 02 01 02",
-       [](Out& out) {
-         out.Append({1, 2}), out.Append(out);
-       }},
-      {"01 02 01 02",
-       [](Out& out) {
-         out.Append({1, 2}), out.Append(out.Get());
-       }},
-      {"01 02 02 01 02",
-       [](Out& out) {
-         out.Append({1, 2}), out.WriteBlob(out.Get());
-       }},
+      {"80 FF 80 FF", [&](Out& out) { out.Append(bytes), out.Append(out); }},
+      {"80 FF 80 FF", [&](Out& out) { out.Append(bytes), out.Append(out.Get()); }},
+      {"80 FF 02 80 FF", [&](Out& out) { out.Append(bytes), out.WriteBlob(out.Get()); }},
   };
-  for (const auto& [bytes, write] : cases) EXPECT_EQ(Hex(Written(write).Get()), bytes);
+  for (const auto& [expected, write] : cases) {
+    Out out;
+    write(out);
+    EXPECT_EQ(Hex(out.Get()), expected);
+  }
 }
 
 TEST(WriteBuffer, AWrapperHasNameLengthAndContent) {
@@ -146,54 +116,33 @@ std::string Result(const std::string& hex, Read read) {
   return text + " @" + std::to_string(bytes.size() - in.Remaining());
 }
 
-struct ReadCase {
-  const char *bytes, *result;
-};
-
-TEST(ReadBuffer, IntegersOfEveryForm) {
-  for (const auto& [bytes, result] : {
-           ReadCase{"", "0 none @0"},
-           ReadCase{"7F 01", "127 @1"},
-           ReadCase{"80 01", "0 none @1"},
-           ReadCase{"89 01 02 03 04 05 06 07 08 09", "0 none @1"},
-           ReadCase{"FF", "0 none @1"},
-           ReadCase{"81 05", "5 @2"},
-           ReadCase{"84 FF FF FF FF", "-1 @5"},
-           ReadCase{"83 00 01", "0 none @3"},
-           ReadCase{"82", "0 none @1"},
-       }) {
-    EXPECT_EQ(Result(bytes, [](auto& in, bool& none) { return std::to_string(in.ReadInt(none)); }), result) << bytes;
-  }
-}
-
-TEST(ReadBuffer, LengthsAreBoundedByWhatRemains) {
-  for (const auto& [bytes, result] : {
-           ReadCase{"02 01 02", "2 @1"},
-           ReadCase{"00", "0 @1"},
-           ReadCase{"80 01", "0 none @1"},
-           ReadCase{"82 00", "0 none @2"},
-           ReadCase{"03 01 02", "18446744073709551615 @1"},
-           ReadCase{"81 FF 01", "18446744073709551615 @2"},
-           ReadCase{"86 00 00 00 00 00 08", "18446744073709551615 @7"},
-           ReadCase{"88 FF FF FF FF FF FF FF 7F", "18446744073709551615 @9"},
-       }) {
-    EXPECT_EQ(Result(bytes, [](auto& in, bool& none) { return std::to_string(in.ReadLength(none)); }), result) << bytes;
-  }
-}
-
-TEST(ReadBuffer, FloatsAndBoolsKnowTheirMarkers) {
-  for (const auto& [bytes, result] : {
-           ReadCase{"00 00 00 00 00 00 E0 3F 01", "0.500000 @8"},
-           ReadCase{"00 00 00 00 00 0E F8 7F", "0.000000 none @8"},
-           ReadCase{"01 00 00 00 00 0E F8 7F", "nan @8"},
-           ReadCase{"00 00 00 00 00 00 E0", "0.000000 none @7"},
-       }) {
-    EXPECT_EQ(Result(bytes, [](auto& in, bool& none) { return std::to_string(in.ReadFloat(none)); }), result) << bytes;
-  }
-  for (const auto& [bytes, result] : {ReadCase{"00", "0 @1"}, ReadCase{"01", "1 @1"}, ReadCase{"02", "1 @1"},
-                                      ReadCase{"81", "1 @1"}, ReadCase{"80", "0 none @1"}, ReadCase{"", "0 none @0"}}) {
-    EXPECT_EQ(Result(bytes, [](auto& in, bool& none) { return std::to_string(in.ReadBool(none)); }), result) << bytes;
-  }
+TEST(ReadBuffer, NumbersOfEveryForm) {
+  const auto asInt = [](auto& in, bool& none) { return std::to_string(in.ReadInt(none)); };
+  const auto asLength = [](auto& in, bool& none) { return std::to_string(static_cast<long>(in.ReadLength(none))); };
+  const auto asFloat = [](auto& in, bool& none) { return std::to_string(in.ReadFloat(none)); };
+  const auto asBool = [](auto& in, bool& none) { return std::to_string(in.ReadBool(none)); };
+  EXPECT_EQ(Result("", asInt), "0 none @0");
+  EXPECT_EQ(Result("7F 01", asInt), "127 @1");
+  EXPECT_EQ(Result("80 01", asInt), "0 none @1");
+  EXPECT_EQ(Result("89 01 02 03 04 05 06 07 08 09", asInt), "0 none @1");
+  EXPECT_EQ(Result("84 FF FF FF FF", asInt), "-1 @5");
+  EXPECT_EQ(Result("83 00 01", asInt), "0 none @3");
+  EXPECT_EQ(Result("82", asInt), "0 none @1");
+  // A length is bounded by what remains; one that isn't is the largest number.
+  EXPECT_EQ(Result("02 01 02", asLength), "2 @1");
+  EXPECT_EQ(Result("80 01", asLength), "0 none @1");
+  EXPECT_EQ(Result("82 00", asLength), "0 none @2");
+  EXPECT_EQ(Result("03 01 02", asLength), "-1 @1");
+  EXPECT_EQ(Result("81 FF 01", asLength), "-1 @2");
+  EXPECT_EQ(Result("88 FF FF FF FF FF FF FF 7F", asLength), "-1 @9");
+  EXPECT_EQ(Result("00 00 00 00 00 00 E0 3F 01", asFloat), "0.500000 @8");
+  EXPECT_EQ(Result("00 00 00 00 00 0E F8 7F", asFloat), "0.000000 none @8");
+  EXPECT_EQ(Result("01 00 00 00 00 0E F8 7F", asFloat), "nan @8");
+  EXPECT_EQ(Result("00 00 00 00 00 00 E0", asFloat), "0.000000 none @7");
+  EXPECT_EQ(Result("00", asBool), "0 @1");
+  EXPECT_EQ(Result("02", asBool), "1 @1");
+  EXPECT_EQ(Result("80", asBool), "0 none @1");
+  EXPECT_EQ(Result("", asBool), "0 none @0");
 }
 
 TEST(ReadBuffer, StringsBlobsAndContainersRefuseLengthsBeyondTheEnd) {
@@ -260,13 +209,7 @@ TEST(ReadBuffer, UnwrapTakesNameAndContent) {
 }
 
 TEST(ReadBuffer, NothingIsReadFromNothing) {
-  const std::vector<unsigned char> none, one{5};
-  QZReadBuffer in(one);
-  EXPECT_FALSE(QZReadBuffer().IsValid());
-  EXPECT_FALSE(QZReadBuffer(none).IsValid());
-  EXPECT_TRUE(in.IsValid());
-  in.ReadInt();
-  EXPECT_FALSE(in.IsValid());
+  EXPECT_FALSE(QZReadBuffer().IsValid() || QZReadBuffer(std::vector<unsigned char>()).IsValid());
   EXPECT_EQ(QZReadBuffer().Read<long>(), 0);
   EXPECT_EQ(QZReadBuffer().Read<double>(), 0.0);
   EXPECT_FALSE(QZReadBuffer().Read<bool>());

@@ -207,24 +207,14 @@ TEST(RecordModel, SequencesOfOperationsAgree) {
 
 /// Damage of one kind at a random place.
 void Damage(Bytes& bytes, Pair& pair) {
-  const std::size_t at = pair.Below(bytes.size());
-  switch (pair.Below(5)) {
-    case 0:
-      bytes[at] = static_cast<unsigned char>(bytes[at] ^ (1u << pair.Below(8)));
-      break;
-    case 1:
-      bytes[at] = static_cast<unsigned char>(pair.Below(256));
-      break;
-    case 2:
-      bytes[at] = pair.OneOf<unsigned char>({0x00, 0x01, 0x7F, 0x80, 0x81, 0x88, 0x89, 0xFF});
-      break;
-    case 3:
-      bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(at), static_cast<unsigned char>(pair.Below(256)));
-      break;
-    default:
-      bytes.erase(bytes.begin() + static_cast<std::ptrdiff_t>(at));
-      break;
-  }
+  const auto at = bytes.begin() + static_cast<std::ptrdiff_t>(pair.Below(bytes.size()));
+  const auto any = static_cast<unsigned char>(pair.Below(256));
+  const std::size_t kind = pair.Below(5);
+  if (kind == 0) *at = static_cast<unsigned char>(*at ^ (1u << any % 8));
+  if (kind == 1) *at = any;
+  if (kind == 2) *at = pair.OneOf<unsigned char>({0x00, 0x01, 0x7F, 0x80, 0x81, 0x88, 0x89, 0xFF});
+  if (kind == 3) bytes.insert(at, any);
+  if (kind == 4) bytes.erase(at);
 }
 
 /// A record's sections as they are, some left out, repeated or in another order: lengths stay right.

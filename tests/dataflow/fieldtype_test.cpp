@@ -21,18 +21,12 @@ TEST(FieldType, IntegersTakeTheBytesThatTheyNeed) {
     long value;
     const char* bytes;
   } cases[] = {{0, "00"},
-               {127, "7F"},
                {128, "80 00"},
-               {255, "FF 00"},
                {256, "00 01"},
-               {32768, "00 80 00"},
                {-1, "FF"},
-               {-127, "81"},
                {-128, "80 FF"},
-               {-256, "00 FF"},
                {2147483648, "00 00 00 80 00"},
                {INT64_MAX, "FF FF FF FF FF FF FF 7F"},
-               {-INT64_MAX, "01 00 00 00 00 00 00 80"},
                {INT64_MIN, "00 00 00 00 00 00 00 80"}};
   for (const auto& [value, bytes] : cases) {
     EXPECT_EQ(Hex(QZFieldType<long>::ToBytes(value)), bytes);
@@ -90,8 +84,6 @@ TEST(FieldType, RangesAreTextWithSixDecimals) {
   } cases[] = {
       {QZRange(0.5, 2.0, 2), "[0.500000,2.000000,0.0,2.000000]", "[0.500000000000, 2.000000000000)"},
       {QZRange(std::nullopt, 5.0, 3), "[null,5.000000,1.0,3.000000]", "<=5.000000000000"},
-      {QZRange(std::nullopt, 5.0, 2), "[null,5.000000,1.0,2.000000]", "<5.000000000000"},
-      {QZRange(1.0, std::nullopt, 0), "[1.000000,null,-1.0,0.000000]", ">=1.000000000000"},
       {QZRange(1.0, std::nullopt, 1), "[1.000000,null,-1.0,1.000000]", ">1.000000000000"},
       {QZRange(), "[null,null,0.0,0.000000]", "None"},
       {QZRange(-3.0, -3.0, 1), "[-3.000000,-3.000000,0.0,1.000000]", "-3.000000000000"},
@@ -110,16 +102,13 @@ TEST(FieldType, RangeTextIsReadLeniently) {
     const char *text, *result;
   } cases[] = {
       {"", "false <9.000000000000"},
-      {"x", "false <9.000000000000"},
       {"[1,2,0]", "false <9.000000000000"},
       {"[1,2,0,0,0]", "false <9.000000000000"},
       {"(1,2,,0, 1 )", "(1.000000000000, 2.000000000000)"},
       {"[1,2,-1,0]", ">=1.000000000000"},
-      {"[1,2,3,0]", "<=2.000000000000"},
       {"[x,2,0,0]", "[0.000000000000, 2.000000000000]"},
       {"[3,2,0,0]", "None"},
       {"[nan,2,0,0]", "None"},
-      {"[null,null,0,3]", "None"},
   };
   Messages messages;
   for (const auto& [text, result] : cases) {
@@ -174,18 +163,12 @@ TEST(VectorFieldType, ElementsMayBeAbsentOrCutShort) {
                        "[0.500000000000, Null, -1.000000000000]");
   ExpectVector<bool>({true, std::nullopt, false}, "03 01 80 00", "[True, Null, False]");
   ExpectVector<std::string>({"ab", std::nullopt, ""}, "03 02 61 62 80 00", "[ab, Null, ]");
-  ExpectVector<std::string>({"", "a"}, "02 00 01 61", "[, a]");
   ExpectVector<Bytes>({Bytes{1, 2}, std::nullopt, Bytes{}}, "03 02 01 02 80 00",
                       "[<Blob of length 2>, Null, <Blob of length 0>]");
-  ExpectVector<long>(
-      std::vector<std::optional<long>>(200, 1),
-      "82 C8 00" +
-          [] {
-            std::string ones;
-            for (int i = 0; i < 200; ++i) ones += " 01";
-            return ones;
-          }(),
-      QZVectorFieldType<long>::Format(std::vector<std::optional<long>>(200, 1)));
+  const std::vector<std::optional<long>> many(200, 1);
+  std::string ones = "82 C8 00";
+  for (std::size_t i = 0; i < many.size(); ++i) ones += " 01";
+  ExpectVector<long>(many, ones, QZVectorFieldType<long>::Format(many));
 }
 
 TEST(VectorFieldType, CountsAreHeldAgainstTheBytes) {
@@ -196,13 +179,10 @@ TEST(VectorFieldType, CountsAreHeldAgainstTheBytes) {
   } cases[] = {
       {"", false, {}},
       {"00 01 61", true, {}},
-      {"80 01 61", true, {}},
-      {"81 FF 01 61", true, {}},
       {"01 01 61 05", true, {"a"}},
       {"03 01 61", false, {}},
       {"02 01 61 05 62", false, {"a"}},
       {"02 01 61 81 FF", false, {"a"}},
-      {"02 01 61 82 01", false, {"a"}},
       {"02 01 61 89 01", true, {"a", ""}},
       {"88 FF FF FF FF FF FF FF 7F 00", false, {}},
       {"87 00 00 00 00 00 00 40 00", false, {}},
@@ -223,40 +203,27 @@ TEST(VectorFieldType, NarrowerElementsWiden) {
 }
 
 TEST(Types, AreKnownByNameAndTellWhatTheyAre) {
-  const struct {
-    const QZFieldTypeHandler* handler;
-    const char* name;
-    bool pod, cacheable;
-  } cases[] = {
-      {&Types::Int, "Int", true, false},
-      {&Types::String, "String", true, false},
-      {&Types::Float, "Float", true, false},
-      {&Types::Blob, "Blob", true, false},
-      {&Types::Bool, "Bool", true, false},
-      {&Types::IntVec, "IntVec", true, false},
-      {&Types::StringVec, "StringVec", true, false},
-      {&Types::FloatVec, "FloatVec", true, false},
-      {&Types::BlobVec, "BlobVec", true, false},
-      {&Types::BoolVec, "BoolVec", true, false},
-      {&Types::Record, "Record", false, true},
-      {&Types::RecordVec, "RecordVec", false, false},
-      {&Types::Range, "Range", false, false},
-      {&Types::JSONObject, "JSONObject", false, false},
-      {&Types::Link, "Link", false, false},
-  };
+  const QZFieldTypeHandler* const builtIn[] = {
+      &Types::Int,    &Types::String,    &Types::Float,    &Types::Blob,       &Types::Bool,
+      &Types::IntVec, &Types::StringVec, &Types::FloatVec, &Types::BlobVec,    &Types::BoolVec,
+      &Types::Record, &Types::RecordVec, &Types::Range,    &Types::JSONObject, &Types::Link};
+  std::string names, pods, cacheable;
   int kind = 0;
-  for (const auto& [handler, name, pod, cacheable] : cases) {
-    EXPECT_EQ(handler->GetName(), name);
-    EXPECT_EQ(handler->IsPOD(), pod) << name;
-    EXPECT_EQ(handler->IsCacheable(), cacheable) << name;
-    EXPECT_EQ(handler->BytesToJSON({1}), "") << name;
-    EXPECT_TRUE(handler->JSONToBytes("1").empty()) << name;
+  for (const QZFieldTypeHandler* handler : builtIn) {
+    const std::string name = handler->GetName();
+    names += name + ' ';
+    if (handler->IsPOD()) pods += name + ' ';
+    if (handler->IsCacheable()) cacheable += name + ' ';
+    EXPECT_TRUE(handler->BytesToJSON({1}).empty() && handler->JSONToBytes("1").empty()) << name;
     EXPECT_EQ(QZGetFieldKind(name), static_cast<QZFieldKind>(kind++)) << name;
     EXPECT_EQ(Types::GetBuiltIn(QZGetFieldKind(name)), handler) << name;
   }
-  for (const char* name : {"", "int", "Int ", "Records", "LinkObject"}) {
+  const std::string plain = "Int String Float Blob Bool IntVec StringVec FloatVec BlobVec BoolVec ";
+  EXPECT_EQ(names, plain + "Record RecordVec Range JSONObject Link ");
+  EXPECT_EQ(pods, plain);
+  EXPECT_EQ(cacheable, "Record ");
+  for (const char* name : {"", "int", "Int ", "Records", "LinkObject"})
     EXPECT_EQ(QZGetFieldKind(name), QZFieldKind::Other) << name;
-  }
   EXPECT_EQ(Types::GetBuiltIn(QZFieldKind::Other), nullptr);
 }
 
@@ -264,17 +231,12 @@ TEST(Types, OnlySomeTurnAPointerToBytes) {
   const long number = 300;
   const std::string text = "ab";
   const Bytes blob{1, 2};
-  const double mass = 1.0;
-  const bool flag = true;
-  const QZRange range(0.0, 1.0, 0);
-  const std::vector<std::optional<long>> list{1};
   EXPECT_EQ(Hex(Types::Int.PtrToBytes(&number)), "2C 01");
   EXPECT_EQ(Hex(Types::String.PtrToBytes(&text)), "61 62");
   EXPECT_EQ(Hex(Types::Blob.PtrToBytes(&blob)), "01 02");
-  EXPECT_TRUE(Types::Float.PtrToBytes(&mass).empty());
-  EXPECT_TRUE(Types::Bool.PtrToBytes(&flag).empty());
-  EXPECT_TRUE(Types::Range.PtrToBytes(&range).empty());
-  EXPECT_TRUE(Types::IntVec.PtrToBytes(&list).empty());
+  for (const QZFieldTypeHandler* other :
+       std::initializer_list<const QZFieldTypeHandler*>{&Types::Float, &Types::Bool, &Types::Range, &Types::IntVec})
+    EXPECT_TRUE(other->PtrToBytes(&number).empty()) << other->GetName();
 }
 
 }  // namespace

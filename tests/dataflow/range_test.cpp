@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 
 #include "tests/system/cli/messages.h"
@@ -30,7 +31,6 @@ TEST(Range, BoundsAreKeptOrRefusedWithAMessage) {
       {std::nullopt, 5.0, 3, "-inf 5.000000 (]", ""},
       {-5.0, std::nullopt, 1, "-5.000000 inf ()", ""},
       {std::nullopt, std::nullopt, 2, kDefault, ""},
-      {-kInfinity, kInfinity, 3, kDefault, ""},
       {3.0, 2.0, 1, kDefault, "Invalid QZRange specified, with low value > high value: (3,2) will default initialize"},
       {0.1, -1e22, 0, kDefault,
        "Invalid QZRange specified, with low value > high value: (0.1,-1e+22) will default initialize"},
@@ -38,7 +38,6 @@ TEST(Range, BoundsAreKeptOrRefusedWithAMessage) {
       {kNaN, 2.0, 1, kDefault, "Invalid value for constructing an QZRange. Lower bound cannot be NaN"},
       {kNaN, kNaN, 9, kDefault, "Invalid value for constructing an QZRange. Lower bound cannot be NaN"},
       {1.0, kNaN, 1, kDefault, "Invalid value for constructing an QZRange. Upper bound cannot be NaN"},
-      {std::nullopt, kNaN, 1, kDefault, "Invalid value for constructing an QZRange. Upper bound cannot be NaN"},
   };
   Messages messages;
   for (const auto& [low, high, inclusivity, shown, message] : cases) {
@@ -53,12 +52,10 @@ TEST(Range, VectorsAreCheckedInTheirOwnWords) {
     const char *shown, *message;
   } cases[] = {
       {{0.5, 2.0, 2.9}, "0.500000 2.000000 [)", ""},
-      {{0.5, 2.0, -0.9}, "0.500000 2.000000 []", ""},
       {{0.5, 2.0, -1.0}, "0.500000 2.000000 []", "Invalid QZRange inclusivity specified: 4294967295"},
       {{0.5, 2.0, 1e300}, "0.500000 2.000000 []", "Invalid QZRange inclusivity specified: 4294967295"},
       {{0.5, 2.0, kNaN}, "0.500000 2.000000 []", "Invalid QZRange inclusivity specified: 4294967295"},
       {{}, kDefault, "Invalid vector for constructing an QZRange. Must have a length of 3."},
-      {{1, 2, 0, 0}, kDefault, "Invalid vector for constructing an QZRange. Must have a length of 3."},
       {{kNaN, kNaN, 0}, kDefault, "Invalid vector for constructing an QZRange. Lower bound cannot be NaN"},
       {{1, kNaN, 0}, kDefault, "Invalid vector for constructing an QZRange. Upper bound cannot be NaN"},
       {{2, 1, 0}, kDefault, "Invalid QZRange specified, with low value > high value: (2,1) will default initialize"},
@@ -74,43 +71,26 @@ TEST(Range, VectorsAreCheckedInTheirOwnWords) {
 
 TEST(Range, InclusivityHasFourNames) {
   Messages messages;
-  for (const char* name : {"[]", "()", "[)", "(]"}) {
+  for (const char* name : {"[]", "()", "[)", "(]"})
     EXPECT_EQ(QZRange(0.0, 1.0, QZRange::CheckedInclusivity(name)).GetInclusivityString(), name);
-  }
   EXPECT_EQ(messages.Take(), "");
   EXPECT_EQ(QZRange::CheckedInclusivity("[[ "), 0U);
   EXPECT_EQ(messages.Take(), "Warning: Invalid QZRange inclusivity-string specified: [[ \n");
-  QZRange range;
-  range.inclusivity = 7;
-  EXPECT_EQ(range.GetInclusivityString(), "[]");
 }
 
 TEST(Range, TellsWhatItSays) {
   const struct {
     double low, high;
-    const char* told;
-  } cases[] = {{0, 1, "valid"},
-               {1, 0, "low above high"},
-               {-kMax, 1, "unbounded-low valid"},
-               {0, kMax, "unbounded-high valid"},
-               {-kMax, kMax, "unbounded-low unbounded-high empty"},
-               {-kInfinity, kInfinity, "unbounded-low unbounded-high empty"},
-               {kNaN, 1, "unbounded-low"},
-               {kMax, kMax, "unbounded-high valid"}};
+    std::array<bool, 4> told;  // unbounded below, unbounded above, empty, valid
+  } cases[] = {{0, 1, {false, false, false, true}},    {1, 0, {false, false, false, false}},
+               {-kMax, 1, {true, false, false, true}}, {-kInfinity, kMax, {true, true, true, false}},
+               {kNaN, 1, {true, false, false, false}}, {kMax, kMax, {false, true, false, true}}};
   for (const auto& [low, high, told] : cases) {
     QZRange range;
     range.low = low;
     range.high = high;
-    std::string text;
-    const auto add = [&](bool holds, const char* word) {
-      text += holds ? (text.empty() ? "" : " ") : "", text += holds ? word : "";
-    };
-    add(range.IsUnboundedLow(), "unbounded-low");
-    add(range.IsUnboundedHigh(), "unbounded-high");
-    add(range.IsEmpty(), "empty");
-    add(range.IsValid(), "valid");
-    add(low > high, "low above high");
-    EXPECT_EQ(text, told);
+    EXPECT_EQ((std::array{range.IsUnboundedLow(), range.IsUnboundedHigh(), range.IsEmpty(), range.IsValid()}), told)
+        << low << ' ' << high;
   }
 }
 

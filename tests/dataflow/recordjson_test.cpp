@@ -1,18 +1,15 @@
 #include "qz/dataflow/recordjson.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <cmath>
-#include <functional>
 #include <limits>
-#include <random>
 
 #include "qz/dataflow/fieldtype.h"
 #include "qz/dataflow/readbuffer.h"
 #include "qz/dataflow/recordbytes.h"
 #include "tests/dataflow/bytes.h"
 #include "tests/system/cli/messages.h"
+#include "tests/system/qzb/smallstack.h"
 
 namespace QZDataFlow {
 namespace {
@@ -54,10 +51,11 @@ class MuteHandler : public QZFieldTypeHandler {
   std::string GetName() const override { return "Mute"; }
 };
 
+// A handler of a name that is there already is dropped.
 void RegisterHandlers() {
   auto& registry = QZFieldTypeHandlerRegistry::GetInstance();
-  if (registry.GetHandler("Molecule") == nullptr) registry.RegisterHandler(new MolHandler, 0);
-  if (registry.GetHandler("Mute") == nullptr) registry.RegisterHandler(new MuteHandler, 0);
+  registry.RegisterHandler(new MolHandler, 0);
+  registry.RegisterHandler(new MuteHandler, 0);
 }
 
 QZRecord Sample() {
@@ -103,41 +101,32 @@ TEST(RecordJSON, TheDocumentOfARecordAndBack) {
 }
 
 TEST(RecordJSON, ValuesOfEveryTypeComeBackAsTheyWere) {
-  const struct {
-    const char *type, *value;
-  } cases[] = {
-      {"Int", "-2147483648"},
-      {"Float", "0.1"},
-      {"Float", "-0.0"},
-      {"Float", "NaN"},
-      {"Float", "-Infinity"},
-      {"Float", "1e-300"},
-      {"String", R"("a\"\\\n\u0000é")"},
-      {"Bool", "true"},
-      {"Bool", "false"},
-      {"Blob", R"("")"},
-      {"Range", "[null,5.0,1.0,3.0]"},
-      {"Range", "[1.0,null,-1.0,0.0]"},
-      {"Range", "[null,null,0.0,0.0]"},
-      {"JSONObject", R"({"b":[1,{"a":NaN}],"a":null})"},
-      {"Link", R"({})"},
-      {"IntVec", "[]"},
-      {"IntVec", "[-1,null,2147483647]"},
-      {"FloatVec", "[0.5,null,NaN,1e22]"},
-      {"StringVec", R"(["",null,"x\\"])"},
-      {"BoolVec", "[true,null,false]"},
-      {"BlobVec", R"(["{{",null,""])"},
-      {"Record", R"({"version":[1,0],"source id":"in","fields":[{"name":"b","type":"Int","idx":1,"value":1}]})"},
-      {"RecordVec", R"([{"version":[1,0],"fields":[]},null])"},
-      {"Molecule", R"({"atoms":[1]})"},
-      {"Molecule", R"([{},1])"},
-      {"vec:Int", "5"},
-      {"Molecule", "null"},
-      {"Nobody", "null"},
-  };
+  const std::string cases[] = {
+      "Int -2147483648",
+      "Float 0.1",
+      "Float NaN",
+      "Float -Infinity",
+      R"(String "a\"\\\n\u0000é")",
+      "Bool true",
+      R"(Blob "")",
+      "Range [null,5.0,1.0,3.0]",
+      "Range [null,null,0.0,0.0]",
+      R"(JSONObject {"b":[1,{"a":NaN}],"a":null})",
+      "Link {}",
+      "IntVec [-1,null,2147483647]",
+      "FloatVec [0.5,null,NaN,1e22]",
+      R"(StringVec ["",null,"x\\"])",
+      "BoolVec [true,null,false]",
+      R"(BlobVec ["{{",null,""])",
+      R"(Record {"version":[1,0],"source id":"in","fields":[{"name":"b","type":"Int","idx":1,"value":1}]})",
+      R"(RecordVec [{"version":[1,0],"fields":[]},null])",
+      R"(Molecule {"atoms":[1]})",
+      "vec:Int 5",
+      "Nobody null"};
   RegisterHandlers();
-  for (const auto& [type, value] : cases) {
-    const std::string document = Document(Field(type, value));
+  for (const std::string& each : cases) {
+    const std::size_t blank = each.find(' ');
+    const std::string document = Document(Field(each.substr(0, blank), each.substr(blank + 1)));
     EXPECT_EQ(Again(document), document);
   }
 }
@@ -147,28 +136,21 @@ TEST(RecordJSON, ValuesTakeTheirOwnForm) {
     const char *type, *value, *written;
   } cases[] = {
       {"Int", "", "0"},
-      {"Float", "", "0.0"},
       {"Float", "3", "3.0"},
       {"Float", "4294967296", "4294967296.0"},
       {"String", "", R"("")"},
-      {"Bool", "", "false"},
       {"Blob", "", R"("")"},
       {"Range", "", "[null,null,0.0,0.0]"},
       {"Range", "[1,2,0,1,3]", "[null,null,0.0,0.0]"},
       {"Range", "[1,2,7,1]", "[null,2.0,1.0,1.0]"},
       {"Range", "[1,2,-7,1]", "[1.0,null,-1.0,1.0]"},
-      {"Range", "[1,2,null,2]", "[1.0,2.0,0.0,2.0]"},
       {"Range", R"([1,"x",2,2])", "[null,null,0.0,0.0]"},
       {"Range", "[3,2,0,0]", "[null,null,0.0,0.0]"},
       {"JSONObject", "", "null"},
-      {"Link", "", "null"},
       {"JSONObject", R"({ "a" : [ 1 ] })", R"({"a":[1]})"},
       {"IntVec", "", "[]"},
       {"IntVec", "[2147483648,4294967295,-9223372036854775808,18446744073709551615]", "[-2147483648,-1,0,-1]"},
-      {"FloatVec", "[1]", "[1.0]"},
       {"Record", "", R"({"version":[1,0],"fields":[]})"},
-      {"Record", "{}", R"({"version":[1,0],"fields":[]})"},
-      {"RecordVec", "", "[]"},
       {"Molecule", R"("{\"a\":1}")", R"({"a":1})"},
       {"Molecule", R"("")", "null"},
       {"Mute", "{}", "null"},
@@ -188,19 +170,14 @@ TEST(RecordJSON, ValuesOfTheWrongKindMakeTheFieldNull) {
   } cases[] = {
       {"Int", "2147483648", "JSON: expects type of: integer, key: value"},
       {"Int", "1.0", "JSON: expects type of: integer, key: value"},
-      {"Int", "true", "JSON: expects type of: integer, key: value"},
       {"Float", "\"1\"", "JSON: expects type of: Double, key: value"},
       {"String", "1", "JSON: expects type of: string, key: value"},
       {"Bool", "1", "JSON: expects type of: boolean, key: value"},
-      {"Blob", "[]", "JSON: expects type of: string, key: value"},
       {"Blob", "\"00 00\"", "Base85: invalid character at offset 2"},
       {"Range", "{}", "JSON: must be an array type, key: value"},
       {"JSONObject", "[]", "JSON: must be an object type, key: value"},
-      {"Link", "\"{}\"", "JSON: must be an object type, key: value"},
       {"Record", "[]", "JSON: must be an object type, key: value"},
-      {"IntVec", "{}", "JSON: must be an array type, key: value"},
       {"IntVec", "[1,2.0]", "JSON: expects type of: integer, key: value"},
-      {"IntVec", "[18446744073709551616]", "JSON: expects type of: integer, key: value"},
       {"FloatVec", "[1.0,\"x\"]", "JSON: expects type of: Double, key: value"},
       {"StringVec", "[\"x\",1]", "JSON: expects type of: string, key: value"},
       {"BoolVec", "[0]", "JSON: expects type of: boolean, key: value"},
@@ -258,30 +235,6 @@ TEST(RecordJSON, FieldsAreAddedAndTakeTheNextIndex) {
             Document(R"({"name":"a","type":"Int","idx":1,"nullable":true,"value":0})"));
 }
 
-TEST(RecordJSON, IntegersOf64BitsAreWrittenInFull) {
-  QZRecord record;
-  for (const long value : {std::numeric_limits<long>::min(), std::numeric_limits<long>::max(), 2147483648L}) {
-    record.SetValue(QZField<long>("a"), value);
-    EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", std::to_string(value))));
-  }
-}
-
-TEST(RecordJSON, EveryDoubleAndItsRangeComeBack) {
-  std::mt19937_64 random(5);
-  const QZField<double> number("a");
-  const QZField<QZRange> range("r");
-  for (int i = 0; i < 3000; ++i) {
-    const std::uint64_t bits = random();
-    double value;
-    std::memcpy(&value, &bits, sizeof value);
-    if (!std::isfinite(value)) continue;
-    QZRecord record, read;
-    record.SetValue(number, value);
-    ASSERT_TRUE(QZRecordFromJSON(read, QZRecordToJSON(record)));
-    ASSERT_EQ(read.GetBytes(number), record.GetBytes(number)) << value;
-  }
-}
-
 TEST(RecordJSON, BytesThatDontDecodeAreTheDefault) {
   const struct {
     const char *type, *bytes, *written;
@@ -302,12 +255,14 @@ TEST(RecordJSON, BytesThatDontDecodeAreTheDefault) {
     record.SetBytes(record.GetFields().front(), FromHex(bytes));
     EXPECT_EQ(QZRecordToJSON(record), Document(Field(type, written))) << type;
   }
-  // Not even the fields before the damage, which a typed read doesn't show either.
+}
+
+TEST(RecordJSON, ARecordThatIsDamagedInsideShowsNothingOfIt) {
+  const QZField<QZRecord> field("a");
   QZRecord inner, record;
   inner.SetValue(QZField<long>("n"), 5);
   Bytes bytes = inner.ToBytes();
   bytes.at(bytes.size() - 2) = 9;  // the length of the last value
-  const QZField<QZRecord> field("a");
   record.SetBytes(field, bytes);
   EXPECT_EQ(QZRecordToJSON(record.GetValue(field)), Document(""));
   EXPECT_EQ(QZRecordToJSON(record), Document(Field("Record", Document(""))));
@@ -321,6 +276,8 @@ TEST(RecordJSON, DecodedValuesCount) {
   *std::static_pointer_cast<long>(record.CheckCache(number)) = 6;
   record.MarkCacheDirty(number);
   EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", "6")));
+  record.SetValue(number, std::numeric_limits<long>::min());
+  EXPECT_EQ(QZRecordToJSON(record), Document(Field("Int", "-9223372036854775808"))) << "in full";
 }
 
 const char kChildren[] =
@@ -371,17 +328,13 @@ TEST(FieldMetaJSON, NamesOptionsAndAttributes) {
 
 TEST(FieldMetaJSON, AddsOptionsAndReplacesAttributes) {
   QZFieldMeta meta;
-  meta.SetOptions({0x08040001, 0x04000001})
-      .AddAttribute(kAuthor, "x")
-      .AddAttribute(kAuthor, "y")
-      .SetAttribute(kLower, 1.0);
+  meta.SetOptions({0x08040001, 0x04000001}).AddAttribute(kAuthor, "x").AddAttribute(kAuthor, "y");
   const std::string text = R"({"attributes":[["Annotation::Author","b"],["Annotation.Author","a"],["Limits.Lower",2]],)"
                            R"("options":["Units.Time.ms","Nothing"]})";
   ASSERT_TRUE(QZFieldMetaFromJSON(meta, text, false));
-  EXPECT_EQ(
-      QZFieldMetaToJSON(meta),
-      R"({"options":["Flags.ID","Units.Time.ms"],"attributes":[["Annotation.Author","a"],["Annotation.Author","b"],)"
-      R"(["Limits.Lower",2.0]]})");
+  EXPECT_EQ(QZFieldMetaToJSON(meta),
+            R"({"options":["Flags.ID","Units.Time.ms"],"attributes":[["Annotation.Author","a"],)"
+            R"(["Annotation.Author","b"],["Limits.Lower",2.0]]})");
   ASSERT_TRUE(QZFieldMetaFromJSON(meta, R"({"options":[]})", true));
   EXPECT_TRUE(meta.IsEmpty());
 }
@@ -389,7 +342,7 @@ TEST(FieldMetaJSON, AddsOptionsAndReplacesAttributes) {
 TEST(FieldMetaJSON, PassesOverWhatIsNoElement) {
   const struct {
     const char *text, *result, *key;
-    int warnings;
+    std::size_t warnings;
   } cases[] = {
       {R"({"options":["Flags.ID",1,null,[]]})", R"({"options":["Flags.ID"]})", "options", 3},
       {R"({"attributes":[1,[],[1,2],["Limits.Lower"],["Limits.Lower","x"],["Limits.Lower",3,4]]})",
@@ -404,7 +357,8 @@ TEST(FieldMetaJSON, PassesOverWhatIsNoElement) {
     EXPECT_TRUE(QZFieldMetaFromJSON(meta, text, true)) << text;
     EXPECT_EQ(QZFieldMetaToJSON(meta), result) << text;
     std::string expected;
-    for (int i = 0; i < warnings; ++i) expected += Warning("JSON: expects type of: string, key: " + std::string(key));
+    for (std::size_t i = 0; i < warnings; ++i)
+      expected += Warning("JSON: expects type of: string, key: " + std::string(key));
     EXPECT_EQ(messages.Take(), expected) << text;
   }
   QZFieldMeta meta;
@@ -418,36 +372,12 @@ TEST(FieldMetaJSON, PassesOverWhatIsNoElement) {
 
 /// `levels` records inside each other, as the values of a type, or as children under the type "child".
 std::string Nested(const std::string& type, int levels) {
-  std::string head, tail;
-  for (int i = 1; i < levels; ++i) {
-    const std::string start = R"({"version":[1,0],"fields":[{"name":"a","type":")";
-    if (type == "Record") {
-      head += start + R"(Record","idx":1,"value":)";
-      tail = "}]}" + tail;
-    } else if (type == "RecordVec") {
-      head += start + R"(RecordVec","idx":1,"value":[)";
-      tail = "]}]}" + tail;
-    } else {
-      head += start + R"(Int","idx":1,"child":{"k":)";
-      tail = R"(},"value":1}]})" + tail;
-    }
-  }
-  return head + Document(Field("Int", "1")) + tail;
-}
-
-/// Runs it on a thread with a stack of 256 KiB.
-void OnSmallStack(std::function<void()> work) {
-  const auto run = [](void* argument) -> void* {
-    (*static_cast<std::function<void()>*>(argument))();
-    return nullptr;
-  };
-  pthread_attr_t attributes;
-  pthread_t thread;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 256 * 1024);
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  const std::string in = type == "child" ? R"(Int","idx":1,"child":{"k":)" : type + R"(","idx":1,"value":)";
+  const std::string tail = type == "child" ? R"(},"value":1}]})" : type == "Record" ? "}]}" : "]}]}";
+  std::string text = Document(Field("Int", "1"));
+  for (int i = 1; i < levels; ++i)
+    text = R"({"version":[1,0],"fields":[{"name":"a","type":")" + in + (type == "RecordVec" ? "[" : "") + text + tail;
+  return text;
 }
 
 TEST(RecordJSON, RecordsNestToALimitThatReaderAndWriterShare) {
@@ -463,13 +393,11 @@ TEST(RecordJSON, RecordsNestToALimitThatReaderAndWriterShare) {
       outer.SetValue(QZField<QZRecord>("o"), record);
       EXPECT_EQ(QZRecordToJSON(outer), "");
       EXPECT_EQ(messages.Take(), Warning("JSON: record nests too deep to be written")) << type;
+      if (type != std::string("Record")) return;
       QZRecord tooDeep;
-      EXPECT_TRUE(QZRecordFromJSON(tooDeep, Document(Field("String", "\"x\""))));
-      const std::string levels257 = std::string(type) == "Record" ? Nested(type, 257) : "";
-      if (levels257.empty()) return;
-      EXPECT_TRUE(QZRecordFromJSON(tooDeep, levels257));
+      EXPECT_TRUE(QZRecordFromJSON(tooDeep, Nested(type, 257)));
       EXPECT_EQ(messages.Take(), Warning("JSON: record nests too deep to be read"));
-      EXPECT_EQ(QZRecordToJSON(tooDeep).find(Field("Record", "null")) != std::string::npos, true);
+      EXPECT_NE(QZRecordToJSON(tooDeep).find(Field("Record", "null")), std::string::npos);
     });
   }
 }
@@ -494,26 +422,23 @@ TEST(RecordJSON, DamagedDocumentsGiveRecordsThatCanBeWritten) {
   const std::string good = SampleText();
   const std::string other =
       Document(std::string(kChildren) + R"(,{"name":"f","type":"FloatVec","idx":2,"value":[0.5,-1e-9]})");
-  std::vector<std::string> damaged;
-  for (const std::string& text : {good, other}) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      damaged.push_back(text.substr(0, i));
-      for (const int mask : {1, 32, 128}) {
-        damaged.push_back(text);
-        damaged.back()[i] = static_cast<char>(text[i] ^ mask);
-      }
-    }
-  }
   // The first writing loses the children of null fields.
   const auto again = [](const std::string& text) {
     QZRecord record;
     static_cast<void>(QZRecordFromJSON(record, text));
     return QZRecordToJSON(record);
   };
-  for (const std::string& text : damaged) {
-    const std::string written = again(again(text));
-    ASSERT_FALSE(written.empty()) << text;
-    ASSERT_EQ(again(written), written) << text;
+  for (const std::string& text : {good, other}) {
+    for (std::size_t i = 0; i < 4 * text.size(); ++i) {
+      std::string damaged = text;
+      const std::size_t at = i / 4;
+      const int flips[] = {0, 1, 32, 128};
+      damaged[at] = static_cast<char>(text[at] ^ flips[i % 4]);
+      if (i % 4 == 0) damaged.resize(at);
+      const std::string written = again(again(damaged));
+      ASSERT_FALSE(written.empty()) << damaged;
+      ASSERT_EQ(again(written), written) << damaged;
+    }
   }
 }
 

@@ -45,8 +45,9 @@ inline QZFieldBase MakeField(const std::string& name, const std::string& typeNam
   return typeName == "Int" ? QZFieldBase(QZField<long>(name, meta, true, nullable)) : stored;
 }
 
-class RecordModel {
- public:
+class RecordModel;
+
+struct RecordState {
   struct Entry {
     unsigned int idx = 0;
     QZFieldBase field;
@@ -64,18 +65,14 @@ class RecordModel {
   std::map<unsigned int, std::map<std::string, std::shared_ptr<RecordModel>>> childCache;
   std::map<unsigned int, Kept> cache;
   std::vector<Bytes> unknownSections;
+};
 
+class RecordModel : public RecordState {
+ public:
   RecordModel() = default;
-  RecordModel(const RecordModel& other) { Copy(other, false); }
+  RecordModel(const RecordModel& other) : RecordModel(other, false) {}
   RecordModel& operator=(const RecordModel& other) {
-    const RecordModel copy(other, true);
-    values = copy.values;
-    fields = copy.fields;
-    recordMeta = copy.recordMeta;
-    children = copy.children;
-    childCache = copy.childCache;
-    cache.clear();
-    unknownSections = copy.unknownSections;
+    RecordState::operator=(RecordModel(other, true));
     return *this;
   }
 
@@ -180,10 +177,8 @@ class RecordModel {
     const int idx = Idx(field);
     if (idx < 0) return std::nullopt;
     Unload(static_cast<unsigned int>(idx));
-    if (fields[Key(field)].isNull) return std::nullopt;
-    const auto found = values.find(static_cast<unsigned int>(idx));
-    if (found == values.end()) return std::nullopt;
-    return found->second;
+    const Bytes* const bytes = fields[Key(field)].isNull ? nullptr : At(values, field);
+    return bytes == nullptr ? std::nullopt : std::optional<Bytes>(*bytes);
   }
   bool ClearValue(const TestField& field) {
     const int idx = Idx(field);
@@ -202,14 +197,11 @@ class RecordModel {
     return true;
   }
   RecordModel* Cached(const TestField& field) {
-    const int idx = Idx(field);
-    const auto found = idx < 0 ? cache.end() : cache.find(static_cast<unsigned int>(idx));
-    return found == cache.end() ? nullptr : found->second.value.get();
+    const Kept* const kept = At(cache, field);
+    return kept == nullptr ? nullptr : kept->value.get();
   }
   void MarkDirty(const TestField& field) {
-    const int idx = Idx(field);
-    const auto found = idx < 0 ? cache.end() : cache.find(static_cast<unsigned int>(idx));
-    if (found != cache.end()) found->second.clean = false;
+    if (Kept* const kept = At(cache, field)) kept->clean = false;
   }
   void Unload(unsigned int idx) {
     const auto found = cache.find(idx);
@@ -253,10 +245,9 @@ class RecordModel {
     const int idx = Idx(field);
     // An invalid field stands for all of them.
     if (!field.IsValid()) UnloadChildren();
-    if (idx < 0) return {};
-    UnloadChildren(static_cast<unsigned int>(idx));
-    const auto found = children.find(static_cast<unsigned int>(idx));
-    return found == children.end() ? Bytes() : found->second;
+    if (idx >= 0) UnloadChildren(static_cast<unsigned int>(idx));
+    const Bytes* const bytes = At(children, field);
+    return bytes == nullptr ? Bytes() : *bytes;
   }
   bool SetChildBytes(const TestField& field, const Bytes& bytes) {
     const int idx = Idx(field);
@@ -294,15 +285,12 @@ class RecordModel {
     return child.get();
   }
   bool HasChildren(const TestField& field) {
-    const int idx = Idx(field);
-    if (idx < 0) return false;
-    const auto found = childCache.find(static_cast<unsigned int>(idx));
-    if (found != childCache.end()) {
-      for (const auto& child : found->second) {
+    if (const auto* const decoded = At(childCache, field)) {
+      for (const auto& child : *decoded) {
         if (!child.second->fields.empty()) return true;
       }
     }
-    return !ChildBytes(field).empty();
+    return Idx(field) >= 0 && !ChildBytes(field).empty();
   }
   bool AddChild(const TestField& field, const std::string& key, const RecordModel& record) {
     const int state = CheckField(field, false);
@@ -319,9 +307,8 @@ class RecordModel {
   }
   bool DeleteChild(const TestField& field, const std::string& key) {
     LoadChildren(field);
-    const int idx = Idx(field);
-    const auto found = idx < 0 ? childCache.end() : childCache.find(static_cast<unsigned int>(idx));
-    return found != childCache.end() && found->second.erase(key) != 0;
+    auto* const decoded = At(childCache, field);
+    return decoded != nullptr && decoded->erase(key) != 0;
   }
   bool DeleteChildren(const TestField& field) {
     const int idx = Idx(field);
@@ -397,18 +384,17 @@ class RecordModel {
   }
 
  private:
-  RecordModel(const RecordModel& other, bool withSourceID) { Copy(other, withSourceID); }
-  void Copy(const RecordModel& other, bool withSourceID) {
-    values = other.values;
-    fields = other.fields;
-    recordMeta = other.recordMeta;
-    children = other.children;
-    childCache = other.childCache;
-    cache = other.cache;
-    unknownSections = other.unknownSections;
+  RecordModel(const RecordModel& other, bool withSourceID) : RecordState(other) {
     if (!withSourceID) recordMeta.RemoveAttribute(0x01000001);
     Unload();
     cache.clear();
+  }
+  /// What stands in a map under the index of the field.
+  template <class Map>
+  auto At(Map& map, const TestField& field) const -> decltype(&map.begin()->second) {
+    const int idx = Idx(field);
+    const auto found = idx < 0 ? map.end() : map.find(static_cast<unsigned int>(idx));
+    return found == map.end() ? nullptr : &found->second;
   }
   static void WriteMeta(QZWriteBuffer& out, unsigned int idx, const QZMeta& meta) {
     if (meta.GetOptions().empty() && meta.GetAttributes(0).empty()) return;
@@ -423,16 +409,13 @@ class RecordModel {
   static bool ReadVersion(QZReadBuffer& in) {
     bool none;
     const std::string text = in.ReadString(none);
-    if (none) return false;
     const std::size_t dot = text.find('.');
-    if (dot == std::string::npos) return true;
+    if (none || dot == std::string::npos) return !none;
     try {
       std::stoi(text.substr(0, dot));
       std::stoi(text.substr(dot + 1, text.find('.', dot + 1) - dot - 1));
       return true;
-    } catch (const std::invalid_argument&) {
-      return false;
-    } catch (const std::out_of_range&) {
+    } catch (const std::logic_error&) {
       return false;
     }
   }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <limits>
+#include <new>
 #include <numeric>
 
 #include "tests/system/cli/messages.h"
@@ -105,6 +106,25 @@ TEST(GridBase, NumbersThatAreNoneAreRefusedAndTheOthersStay) {
   EXPECT_FALSE(grid.GetMid(x, y, z) || grid.IsXMidSet() || grid.IsZMidSet());
   EXPECT_TRUE(grid.SetXMid(0.0F) && grid.SetZMid(0.0F) && grid.SetSpacing(0.5F));
   EXPECT_TRUE(grid.GetMid(x, y, z) && grid.IsSpacingSet());
+}
+
+TEST(GridBase, DimensionsThatFindNoMemoryStayAsTheyWere) {
+  class Exhausted : public QZGridBase {
+    void Realloc() override { throw std::bad_alloc(); }
+  } grid;
+  EXPECT_THROW(grid.SetDim(2, 3, 4), std::bad_alloc);
+  EXPECT_THROW(static_cast<QZGridBase&>(grid) = pair, std::bad_alloc);
+  EXPECT_EQ(dimOf(grid), (Dim{1, 1, 1}));
+  EXPECT_EQ(boxOf(grid), (Box{-0.5F, 0.5F, -0.5F, 0.5F, -0.5F, 0.5F})) << "the spacing has been set before";
+}
+
+TEST(Grid, EachKindKnowsItsOwn) {
+  float value = 0.0F;
+  const QZFixedRefGrid<float> part(QZGridBase(), &value);
+  const std::unique_ptr<QZBase> copy(part.CreateCopy()), base(QZGridBase().CreateCopy());
+  EXPECT_EQ(copy->GetDataType(), QZGetDataType<QZFixedRefGrid<float>>());
+  EXPECT_TRUE(copy->IsDataType(QZGetDataType<QZFixedGrid<float>>()) && copy->IsDataType(base->GetDataType()));
+  EXPECT_FALSE(copy->IsDataType(QZGetDataType<QZMultiGrid<float>>()) || base->IsDataType(copy->GetDataType()));
 }
 
 TEST(FixedGrid, ValuesHaveXFastestAndCopiesShareThem) {

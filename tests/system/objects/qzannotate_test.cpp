@@ -45,7 +45,7 @@ TEST(Annotation, EachValueIsSetInItsPlace) {
   shape.SetTitle(nullptr);
   EXPECT_FALSE(shape.HasData("title"));
   const std::unique_ptr<QZBase> copy(shape.CreateCopy());
-  EXPECT_TRUE(copy->IsDataType(QZGetDataType<QZAnnotation>()) && copy->IsDataType(QZGetDataType<QZBase>()));
+  EXPECT_TRUE(copy->GetDataType() == QZGetDataType<QZAnnotation>() && copy->IsDataType(QZGetDataType<QZBase>()));
   EXPECT_FALSE(copy->IsDataType(QZGetDataType<QZContainer>()));
 }
 
@@ -97,15 +97,18 @@ TEST(Annotation, EachShapeHasItsValues) {
 }
 
 TEST(Annotation, ChildrenKeepTheirOrderAndTheirChildren) {
+  Messages messages;
   QZAnnotation tree = Tree();
   tree.AddChild(tree);
   EXPECT_EQ(Titles(tree), "branch(leaf note) leaf tree(branch(leaf note) leaf)");
   tree.AddChild(tree.GetData<QZAnnotation>("1"));
   tree.DeleteData("0");
+  tree.SetData("0", 5);
   EXPECT_EQ(Titles(tree), "? leaf tree(branch(leaf note) leaf) leaf");
+  EXPECT_EQ(messages.Take(), "Warning: data type mismatch found when using generic data\n");
   tree.SetData("children", 2147483647);
   tree.AddChild(QZAnnotation());
-  EXPECT_EQ(tree.GetData<int>("children"), 1024 + 10) << "no such number is believed";
+  EXPECT_EQ(tree.GetData<int>("children"), 1024 + 11) << "no such number is believed";
 }
 
 TEST(Annotation, ComesBackFromItsItemWithItsChildren) {

@@ -93,6 +93,7 @@ TEST(Header, WithoutAClockTheDateStays) {
   EXPECT_EQ(messages.Take(), "Warning: QZCurrentTime failed to return a usable time\n");
   EXPECT_EQ(Date(header), "3.4.2020 0:0:0");
   EXPECT_EQ(Date(QZHeader()), "0.0.0 0:0:0");
+  EXPECT_TRUE(header && !QZHeader());
 }
 
 TEST(Header, WithoutArgumentsThereIsAWarning) {
