@@ -19,6 +19,8 @@ QZNumberPrefix QZReadNumber(std::string_view text, bool& value) {
                             {"t", true},  {"true", true}, {"f", false}, {"false", false}, {"on", true}, {"off", false}};
   QZNumberPrefix found;
   for (const Word& word : words) {
+    // Most words are another one from their first letter on; the bit that tells upper from lower case is set in it.
+    if (!text.empty() && (text.front() | 0x20) != word.text.front()) continue;
     const std::size_t common = commonLength(text, word.text);
     if (common == word.text.size() && common > found.length) {
       value = word.value;
