@@ -47,11 +47,6 @@ constexpr Escape kEscapes[] = {{'<', "&lt;"}, {'>', "&gt;"}};
 
 namespace JSONImpl {
 
-bool ReservedKeys::foundExtendedTag(std::string_view key) const {
-  const std::size_t named = key.find_first_not_of('_');
-  return named != std::string_view::npos && Has(key.substr(named));
-}
-
 bool ReservedKeys::IsListed(std::string_view key) const {
   return std::any_of(first, first + count, [key](const char* each) { return key == each; });
 }
@@ -75,8 +70,9 @@ bool parseQZBaseValid(QZBase& base, rapidjson::Value& value) {
 }  // namespace JSONImpl
 
 std::string QZBaseToJSON(const QZBase& base, unsigned int flavor) {
-  rapidjson::StringBuffer buffer(nullptr, kTextRoom);
-  QZJSONWriter writer(buffer);
+  rapidjson::CrtAllocator allocator;
+  rapidjson::StringBuffer buffer(&allocator, kTextRoom);
+  QZJSONWriter writer(buffer, &allocator);
   writer.StartObject();
   JSONImpl::RawWriter::String(writer, kType);
   JSONImpl::RawWriter::String(writer, ContainerType);

@@ -2,6 +2,7 @@
 
 #include <rapidjson/document.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -25,7 +26,10 @@ class ReservedKeys {
   /// Whether the key itself is in the list.
   bool Has(std::string_view key) const { return !key.empty() && (initials & Bit(key.front())) != 0 && IsListed(key); }
   /// Whether the key without its leading underscores is in the list.
-  bool foundExtendedTag(std::string_view key) const;
+  bool foundExtendedTag(std::string_view key) const {
+    const bool mayBe = !key.empty() && (key.front() == '_' || (initials & Bit(key.front())) != 0);
+    return mayBe && Has(key.substr(std::min(key.find_first_not_of('_'), key.size())));
+  }
 
  private:
   static std::uint64_t Bit(char character) { return std::uint64_t{1} << (static_cast<unsigned char>(character) & 63); }

@@ -1,19 +1,23 @@
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <forward_list>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "qz/system/data/tagfacts_impl.h"
 #include "qz/system/frame/error.h"
-#include "qz/system/frame/iterowner.h"
 #include "qz/system/json/bracketdepth_impl.h"
 #include "qz/system/json/json.h"
 #include "qz/system/json/json_impl.h"
 #include "qz/system/json/jsonhandler.h"
 #include "qz/system/json/limits.h"
+#include "qz/system/json/plaintext_impl.h"
 #include "qz/system/json/rawwriter_impl.h"
 #include "qz/system/qzb/qzb.h"
 
@@ -60,6 +64,36 @@ bool IsLeftOut(std::string_view name) {
   return QZIsInternalQZBTag(name.data(), name.size());
 }
 
+/// A name and what of it is the same in all documents.
+struct KnownKey {
+  static constexpr std::size_t kRoom = 40;
+
+  void Learn(unsigned int theTag, const char* name);
+  std::string_view Name() const { return {text, size}; }
+
+  char quoted[kRoom];
+  const char* text;
+  std::size_t size;
+  unsigned int tag;
+  /// Of the name as it stands in a document; 0 for one that is long or has characters to escape.
+  std::uint8_t quotedSize;
+  bool isLeftOut;
+};
+
+void KnownKey::Learn(unsigned int theTag, const char* name) {
+  text = name;
+  size = std::strlen(name);
+  tag = theTag;
+  isLeftOut = IsLeftOut(Name());
+  quotedSize = 0;
+  if (size + 2 > kRoom || FindSpecial(text, text + size) != text + size) return;
+  quoted[0] = quoted[size + 1] = '"';
+  std::memcpy(quoted + 1, text, size);
+  quotedSize = static_cast<std::uint8_t>(size + 2);
+}
+
+TagFacts<KnownKey> knownKeys;
+
 /// The objects that are being written on this thread, each inside the one before.
 thread_local int objectDepth = 0;
 
@@ -95,20 +129,21 @@ void PutHolder(Output& output, const QZBaseData& holder) {
 struct Form {
   const void* type;
   std::string_view hint, arrayHint;
+  bool isRaw;
   void (*put)(Output&, const QZBaseData&);
 };
 
 template <class T>
 Form FormOf(std::string_view hint, std::string_view arrayHint) {
-  return {QZGetDataType<T>(), hint, arrayHint, &PutHolder<T>};
+  return {QZGetDataType<T>(), hint, arrayHint, std::is_same_v<T, JSONString>, &PutHolder<T>};
 }
 
 const Form* FindForm(const void* type) {
   static const Form forms[] = {
-      FormOf<int>("i", "mi"),
-      FormOf<float>("f", "mf"),
       FormOf<double>("", "m"),
       FormOf<std::string>("", "m"),
+      FormOf<int>("i", "mi"),
+      FormOf<float>("f", "mf"),
       FormOf<JSONString>("", ""),
       FormOf<bool>("", "m"),
       FormOf<std::vector<std::string>>("", ""),
@@ -144,7 +179,8 @@ class ObjectWriter {
   void WriteTag(std::size_t first, std::size_t last);
   void WriteValue(QZBaseData& holder, bool isLast);
   void WriteByHandler(QZBaseData& holder, bool isLast);
-  void MakeKey(std::string_view name);
+  bool MakeKey(unsigned int tag);
+  void WriteKey();
   void dataHeader(bool isLast, std::string_view hint, std::string_view arrayHint);
   void Warn(const QZBaseData& holder) const { QZThrow.Warning(kCannotWrite, key.data(), holder.GetDataType()); }
   void WriteHints();
@@ -157,6 +193,8 @@ class ObjectWriter {
   std::forward_list<std::string> ownKeys;
   /// Of the values that are being written, a text that ends with a NUL; and whether these stand in an array.
   std::string_view key;
+  /// What is known of it until it is written; null for one that differs from its name.
+  const KnownKey* knownKey = nullptr;
   bool inArray = false;
 };
 
@@ -174,8 +212,11 @@ void ObjectWriter::Write(const QZBase& base) {
 bool sortmethod(const QZBaseData* a, const QZBaseData* b) { return a->GetTag() < b->GetTag(); }
 
 void ObjectWriter::Collect(const QZBase& base) {
-  holders.reserve(kUsualCount);
-  for (QZBaseData& holder : QZIter(base.GetDataIter())) holders.push_back(&holder);
+  const std::vector<QZBaseData*>* const values = QZBaseImpl::DataOf(base);
+  if (!values) return;
+  holders.reserve(values->size());
+  std::copy_if(values->begin(), values->end(), std::back_inserter(holders),
+               [](const QZBaseData* each) { return each; });
   if (!std::is_sorted(holders.begin(), holders.end(), sortmethod)) {
     std::stable_sort(holders.begin(), holders.end(), sortmethod);
   }
@@ -183,28 +224,39 @@ void ObjectWriter::Collect(const QZBase& base) {
 
 /// Writes the holders from `first` to `last`, which are those of one tag.
 void ObjectWriter::WriteTag(std::size_t first, std::size_t last) {
-  const std::string_view name = QZGetTag(holders[first]->GetTag());
-  if (IsLeftOut(name)) return;
-  MakeKey(name);
+  if (!MakeKey(holders[first]->GetTag())) return;
   for (std::size_t i = first; i <= last; ++i) WriteValue(*holders[i], i == last);
   if (std::exchange(inArray, false)) output.writer.EndArray();
 }
 
-/// `name` is one from the tags, which stand to the end of the process.
-void ObjectWriter::MakeKey(std::string_view name) {
+/// False for a name that is left out. It is one from the tags, which stand to the end of the process.
+bool ObjectWriter::MakeKey(unsigned int tag) {
+  const KnownKey& known = knownKeys.Of(tag);
+  if (known.isLeftOut) return false;
+  const std::string_view name = known.Name();
   const bool isExtended = keys.foundExtendedTag(name);
   const bool isEscaped = output.isEscaped && name.find_first_of("<>") != std::string_view::npos;
   key = name;
-  if (!isExtended && !isEscaped) return;
+  knownKey = isExtended || isEscaped ? nullptr : &known;
+  if (knownKey) return true;
   std::string& own = ownKeys.emplace_front(isExtended ? "_" : "");
   own += name;
   key = isEscaped ? QZEscapeJSON(own) : own;
+  return true;
+}
+
+void ObjectWriter::WriteKey() {
+  if (knownKey && knownKey->quotedSize != 0) {
+    RawWriter::Quoted(output.writer, knownKey->quoted, knownKey->quotedSize);
+  } else {
+    RawWriter::String(output.writer, key);
+  }
 }
 
 void ObjectWriter::WriteValue(QZBaseData& holder, bool isLast) {
   const Form* const form = FindForm(holder.GetDataType());
   if (!form) return WriteByHandler(holder, isLast);
-  if (form->type == QZGetDataType<JSONString>()) {
+  if (form->isRaw) {
     const std::size_t open = RawWriter::OpenBrackets(output.writer) + (!inArray && !isLast ? 1 : 0);
     const std::size_t inside = BracketDepth(static_cast<const QZBaseDataT<JSONString>&>(holder).GetData().GetText());
     if (open + inside > kMaxJSONDepth) return Warn(holder);
@@ -232,7 +284,7 @@ void ObjectWriter::WriteByHandler(QZBaseData& holder, bool isLast) {
 void ObjectWriter::dataHeader(bool isLast, std::string_view hint, std::string_view arrayHint) {
   const std::string_view word = inArray ? arrayHint : hint;
   if (!inArray) {
-    RawWriter::String(output.writer, key);
+    WriteKey();
     if (!isLast) output.writer.StartArray();
     inArray = !isLast;
   }

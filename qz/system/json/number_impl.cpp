@@ -20,6 +20,14 @@ char* PutWord(std::string_view word, char* out) {
   return out + word.size();
 }
 
+/// Whether mantissa * 2^-shift and decimal / 10^6 are `allowed` millionths of 2^-shift apart, or less. They are half a
+/// millionth apart, or less: up to a shift of 63 the low 64 bits tell.
+template <class Unsigned>
+bool IsNear(Unsigned mantissa, Unsigned decimal, int shift, std::uint64_t allowed) {
+  const Unsigned distance = mantissa * kScale - (decimal << shift);
+  return distance + allowed <= 2 * allowed;
+}
+
 /// The decimal m / 10^6 that the double stands for, or 0 when it may be none of these; for magnitudes below kLargest,
 /// where it has at most 15 digits.
 ///
@@ -36,10 +44,11 @@ std::uint64_t ShortDecimal(double magnitude) {
   const std::uint64_t fraction = bits & (kHiddenBit - 1);
   const int shift = 1075 - static_cast<int>(bits >> 52);  // magnitude = (hidden bit + fraction) * 2^-shift
   if (decimal == 0) return 0;                             // below half a millionth the shift would leave the 128 bits
-  __extension__ using Wide = __int128;
-  const Wide distance = static_cast<Wide>(kHiddenBit + fraction) * kScale - (static_cast<Wide>(decimal) << shift);
-  const std::int64_t allowed = fraction == 0 ? 240'000 : 480'000;
-  return distance <= allowed && distance >= -allowed ? decimal : 0;
+  const std::uint64_t allowed = fraction == 0 ? 240'000 : 480'000;
+  __extension__ using Wide = unsigned __int128;
+  const bool isNear = shift < 64 ? IsNear<std::uint64_t>(kHiddenBit + fraction, decimal, shift, allowed)
+                                 : IsNear<Wide>(kHiddenBit + fraction, decimal, shift, allowed);
+  return isNear ? decimal : 0;
 }
 
 char* PutWhole(std::uint32_t whole, const char* pairs, char* out) {
@@ -72,6 +81,10 @@ char* PutDecimal(std::uint64_t decimal, char* out) {
 char* PutDouble(double value, char* out) {
   const double magnitude = std::fabs(value);
   if (magnitude < kLargest) {
+    if (const auto whole = static_cast<std::uint32_t>(magnitude); whole == magnitude && whole != 0) {
+      if (value < 0) *out++ = '-';
+      return PutWord(".0", PutWhole(whole, rapidjson::internal::GetDigitsLut(), out));
+    }
     if (const std::uint64_t decimal = ShortDecimal(magnitude); decimal != 0) {
       if (value < 0) *out++ = '-';
       return PutDecimal(decimal, out);

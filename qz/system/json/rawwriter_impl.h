@@ -27,6 +27,13 @@ class RawWriter : public QZJSONWriter {
     at[value.size() + 1] = '"';
   }
 
+  /// A string as it stands in a document: the first `size` bytes of those that are given, all of which are copied.
+  template <std::size_t kRoom>
+  static void Quoted(QZJSONWriter& writer, const char (&bytes)[kRoom], std::size_t size) {
+    std::memcpy(Begin(writer, kRoom), bytes, kRoom);
+    Buffer(writer).Pop(kRoom - size);
+  }
+
   /// A number, as the writer's own.
   static void Double(QZJSONWriter& writer, double value) {
     char* const at = Begin(writer, kDoubleRoom);

@@ -7,6 +7,7 @@
 #include <typeinfo>
 #include <vector>
 
+#include "qz/system/data/tagfacts_impl.h"
 #include "qz/system/frame/error.h"
 #include "qz/system/qzb/item_impl.h"
 #include "qz/system/qzb/nesting_impl.h"
@@ -101,41 +102,25 @@ const FormTable& forms() {
 }
 
 // A name, and in front of it what its tag begins with: an entry begins with a copy of it.
-struct KnownName {
+struct alignas(64) KnownName {
   static constexpr unsigned long room = 40;
 
+  void Learn(unsigned int theTag, const char* name) {
+    text = name;
+    tag = theTag;
+    headSize = 0;
+    if (Text().size() + 2 > room || !IsShortName(Text())) return;
+    headSize = static_cast<unsigned int>(PutShortName(head, Text()) - head);
+  }
+  [[nodiscard]] std::string_view Text() const { return text; }
+
   char head[room];
-  unsigned int tag;
   unsigned int headSize;  // 0 for a name that isn't short enough, or may have a code
+  unsigned int tag;
   const char* text;
-  unsigned long size;
-
-  [[nodiscard]] std::string_view Text() const { return {text, size}; }
 };
 
-// What a thread keeps from one object to the next.
-struct Kept {
-  // The names of the tags that were written last; a name never changes once it is there.
-  std::array<KnownName, 256> names;
-  // Where the values of an outermost object are collected at first.
-  char memory[2048];
-};
-
-// Looked up once for an object, not for each value.
-[[gnu::noinline]] Kept& keptByThread() {
-  thread_local Kept kept;
-  return kept;
-}
-
-[[gnu::noinline]] void learn(KnownName& name, unsigned int tag) {
-  const std::string_view text = QZGetTag(tag);
-  name.tag = tag;
-  name.text = text.data();
-  name.size = text.size();
-  name.headSize = 0;
-  if (text.size() + 2 > KnownName::room || !IsShortName(text)) return;
-  name.headSize = static_cast<unsigned int>(PutShortName(name.head, text) - name.head);
-}
+TagFacts<KnownName> knownNames;
 
 enum class Outcome { Done, Refused, WriterFailed, TooDeep };
 
@@ -170,13 +155,13 @@ Outcome addHandled(QZBEntryWriter& item, std::string_view name, const QZBaseData
 
 }  // namespace
 
-// An object item that is being collected. The usual entries, a number or a short text under a name that is known, take
-// one step without a call, and the place that they go to stays in a register from one to the next. One thread at a
-// time.
+// An object item that is being collected, an outermost one at first in memory of the thread. The usual entries, a
+// number or a short text under a name that is known, take one step without a call, and the place that they go to stays
+// in a register from one to the next. One thread at a time.
 class ObjectItem {
  public:
-  ObjectItem(Kept& keptMemory, bool isOutermost)
-      : kept(keptMemory), item(isOutermost ? QZBEntryWriter(kept.memory, sizeof kept.memory) : QZBEntryWriter()) {}
+  explicit ObjectItem(bool isOutermost)
+      : item(isOutermost ? QZBEntryWriter(memory, sizeof memory) : QZBEntryWriter()) {}
 
   // False if nothing of the object is to be written.
   bool Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler);
@@ -191,17 +176,18 @@ class ObjectItem {
   template <class T>
   static char* PutNumber(char* to, unsigned char type, const QZBaseData& value);
 
-  Kept& kept;
+  static thread_local char memory[2048];
+
   QZBEntryWriter item;
 };
+
+thread_local char ObjectItem::memory[2048];
 
 bool ObjectItem::Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler) {
   char* to = item.at;
   for (const QZBaseData* value : values) {
     if (!value) continue;
-    const unsigned int tag = value->GetTag();
-    KnownName& name = kept.names[tag % kept.names.size()];
-    if (name.tag != tag || name.size == 0) learn(name, tag);
+    const KnownName& name = knownNames.Of(value->GetTag());
     const bool isRoom = static_cast<unsigned long>(item.limit - to) >= shortRoom;
     if (char* const end = isRoom && name.headSize != 0 ? PutShort(to, name, *value) : nullptr) {
       to = end;
@@ -246,7 +232,7 @@ bool QZBWriteQZBase(qzostream& out, const QZBase& object, const std::string& tag
   if (level.IsOutermost()) WritingIsTooDeep() = false;
   if (!level.IsAllowed()) WritingIsTooDeep() = true;
   if (WritingIsTooDeep()) return false;
-  ObjectItem item(keptByThread(), level.IsOutermost());
+  ObjectItem item(level.IsOutermost());
   return item.Add(*values, handler) && item.Write(out, tag);
 }
 
