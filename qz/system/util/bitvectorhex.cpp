@@ -8,6 +8,8 @@
 //            first digit has lowest bits   "J"  "G"  "H"  "I"      what is written
 //            last digit has lowest bits    "N"  "K"  "L"  "M"      without a marker as "N"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -104,18 +106,25 @@ struct Layout {
   bool reversed = false;
 };
 
-// The value of 16 digits that begin at `at` and go on by `step`. False, with `word` untouched, if a byte isn't a digit.
+// The value of 16 digits that begin at `at` and go on by `step`, 1 or -1. False, with `word` untouched, if a byte isn't
+// a digit. All 16 are taken at a time: those that are digits by their distance from "0", or letters by that from "a".
 template <int step>
 bool ReadWord(const char* at, std::uint64_t& word) {
-  std::uint64_t value = 0;
-  unsigned int all = 0;
-  for (unsigned int i = 0; i < WordDigits; ++i) {
-    const unsigned int digit = ValueOfByte[static_cast<unsigned char>(at[step * static_cast<int>(i)])];
-    all |= digit;
-    value |= static_cast<std::uint64_t>(digit) << (i * DigitBits);
-  }
-  if (all >= 16) return false;
-  word = value;
+  const char* const first = step > 0 ? at : at - (WordDigits - 1);
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first));
+  const __m128i number = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+  const __m128i letter = _mm_sub_epi8(_mm_or_si128(bytes, _mm_set1_epi8('a' ^ 'A')), _mm_set1_epi8('a'));
+  const __m128i isNumber = _mm_cmpeq_epi8(_mm_min_epu8(number, _mm_set1_epi8(9)), number);
+  const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, _mm_set1_epi8(5)), letter);
+  if (_mm_movemask_epi8(_mm_or_si128(isNumber, isLetter)) != 0xFFFF) return false;
+  const __m128i values =
+      _mm_or_si128(_mm_and_si128(isNumber, number), _mm_and_si128(isLetter, _mm_add_epi8(letter, _mm_set1_epi8(10))));
+  // Each pair of digits becomes a byte; the lower one is the first, or the second where digits go down.
+  const __m128i high = step > 0 ? _mm_srli_epi16(values, DigitBits) : _mm_slli_epi16(values, DigitBits);
+  const __m128i low = step > 0 ? values : _mm_srli_epi16(values, 8);
+  const __m128i pairs = _mm_and_si128(_mm_or_si128(low, high), _mm_set1_epi16(0xFF));
+  const auto value = static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(pairs, pairs)));
+  word = step > 0 ? value : __builtin_bswap64(value);
   return true;
 }
 
