@@ -159,7 +159,9 @@ template <class Vectors>
     both = _mm256_add_epi64(both, CountVector(BothBlocks{a + i, b + i}));
     either = _mm256_add_epi64(either, CountVector(EitherBlock{a + i, b + i}));
   }
-  PairCounts counts{SumParts(both), SumParts(either)};
+  // Both sums fit 32 bits, as a vector has no more than INT_MAX bits: they are made as one.
+  const std::uint64_t sums = SumParts(_mm256_add_epi64(both, _mm256_slli_epi64(either, 32)));
+  PairCounts counts{sums & 0xFFFFFFFF, sums >> 32};
   for (; i < size; ++i) {
     counts.both += CountWord(a[i] & b[i]);
     counts.either += CountWord(a[i] | b[i]);

@@ -273,13 +273,17 @@ bool QZBitVectorEqual(const QZBitVector& a, const QZBitVector& b) { return a == 
 
 double QZTanimoto(const QZBitVector& a, const QZBitVector& b) {
   const BitCounter& counter = BestBitCounter();
-  const QZBitVector& longer = a.GetSize() < b.GetSize() ? b : a;
-  const std::size_t all = Storage::WordCount(longer);
-  const std::size_t common = std::min(Storage::WordCount(a), Storage::WordCount(b));
+  const std::size_t inA = Storage::WordCount(a), inB = Storage::WordCount(b);
+  const std::size_t common = std::min(inA, inB);
   PairCounts counts = counter.countPair(Storage::Words(a), Storage::Words(b), common);
-  if (common < all) counts.either += counter.count(Storage::Words(longer) + common, all - common);
+  if (inA != inB) {
+    const QZBitVector& longer = inA < inB ? b : a;
+    counts.either += counter.count(Storage::Words(longer) + common, std::max(inA, inB) - common);
+  }
   if (counts.either == 0) return 1.0;
-  return static_cast<double>(counts.both) / static_cast<double>(counts.either);
+  // Signed numbers are converted in one step.
+  return static_cast<double>(static_cast<std::int64_t>(counts.both)) /
+         static_cast<double>(static_cast<std::int64_t>(counts.either));
 }
 
 void QZGetBitCounts(const QZBitVector& a, const QZBitVector& b, unsigned int* onlyA, unsigned int* onlyB,
