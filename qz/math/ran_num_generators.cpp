@@ -19,7 +19,7 @@ namespace {
 // Draws from the engine as what it is: the one of the house is put in line, any other is called.
 template <class Draw>
 auto drawFrom(QZRanNumEngine& engine, Draw draw) {
-  if (typeid(engine) == typeid(MtRng<Mt64Traits>)) return draw(static_cast<MtRng<Mt64Traits>&>(engine));
+  if (&typeid(engine) == &typeid(MtRng<Mt64Traits>)) return draw(static_cast<MtRng<Mt64Traits>&>(engine));
   return draw(engine);
 }
 
@@ -65,9 +65,12 @@ void QZGaussianRNG::SetParams(double center, double deviation) {
 }
 
 double QZGaussianRNG::operator()(QZRanNumEngine& engine) {
-  const double z = hasCached ? cached : drawPair(engine);
-  hasCached = !hasCached;
-  return z * sigma + mean;
+  if (hasCached) {
+    hasCached = false;
+    return cached * sigma + mean;
+  }
+  hasCached = true;
+  return drawPair(engine) * sigma + mean;
 }
 
 // The second of the pair stays in `cached`.
@@ -82,7 +85,8 @@ double QZGaussianRNG::drawPair(QZRanNumEngine& engine) {
       s = u * u + v * v;
     } while (s > 1 || s == 0);
   });
-  const double factor = std::sqrt(-2 * Elementary::LogOfNormal(s) / s);
+  // -2 ln s / s, but with the halving, which is exact too, off the way from the logarithm to the result.
+  const double factor = std::sqrt(Elementary::LogOfNormal(s) / (-0.5 * s));
   cached = u * factor;
   return v * factor;
 }
