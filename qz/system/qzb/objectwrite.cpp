@@ -169,10 +169,11 @@ class ObjectItem {
   bool Write(qzostream& out, const std::string& tag) const { return item.Write(out, tag); }
 
  private:
-  static constexpr unsigned long longestText = 63;
-  static constexpr unsigned long shortRoom = KnownName::room + 2 + longestText;
+  static constexpr unsigned long longestBody = 63;
+  static constexpr unsigned long shortRoom = KnownName::room + 2 + longestBody;
 
   static char* PutShort(char* to, const KnownName& name, const QZBaseData& value);
+  static char* PutBody(char* to, unsigned char type, const char* bytes, unsigned long size);
   template <class T>
   static char* PutNumber(char* to, unsigned char type, const QZBaseData& value);
 
@@ -209,12 +210,23 @@ inline char* ObjectItem::PutShort(char* to, const KnownName& name, const QZBaseD
   const std::type_info* const type = &typeid(value);
   if (type == &typeid(QZBaseDataT<int>)) return PutNumber<int>(to, QZBType::Int, value);
   if (type == &typeid(QZBaseDataT<double>)) return PutNumber<double>(to, QZBType::Double, value);
-  if (type != &typeid(QZBaseDataT<std::string>)) return nullptr;
-  const std::string& text = static_cast<const QZBaseDataT<std::string>&>(value).GetData();
-  if (text.size() > longestText) return nullptr;
-  to[0] = static_cast<char>(QZBType::String);
-  to[1] = ShortLength(text.size());
-  return PutBytes(to + 2, text.data(), text.size());
+  if (type == &typeid(QZBaseDataT<std::string>)) {
+    const std::string& text = static_cast<const QZBaseDataT<std::string>&>(value).GetData();
+    return PutBody(to, QZBType::String, text.data(), text.size());
+  }
+  // What an object keeps instead of a flag, since a single one that is false has no entry.
+  if (type == &typeid(QZBaseDataTPtr<bool*>)) {
+    const auto& flags = static_cast<const QZBaseDataTPtr<bool*>&>(value);
+    return PutBody(to, QZBType::BoolArray, reinterpret_cast<const char*>(flags.GetData()), flags.GetSize());
+  }
+  return nullptr;
+}
+
+inline char* ObjectItem::PutBody(char* to, unsigned char type, const char* bytes, unsigned long size) {
+  if (size > longestBody) return nullptr;
+  to[0] = static_cast<char>(type);
+  to[1] = ShortLength(size);
+  return PutBytes(to + 2, bytes, size);
 }
 
 template <class T>
