@@ -60,8 +60,10 @@ TEST(MetadataKeys, HaveTheirNames) {
   for (const unsigned int key : {0U, 0x01000001U, 0x07000001U, 0x07000006U, 0x0700000BU, 0x09000003U}) {
     EXPECT_EQ(QZFieldMeta::GetName(key), "") << key;
   }
-  EXPECT_EQ(QZRecordMeta::GetName(0x01000003), "Flags.IsSchema");
-  EXPECT_EQ(QZRecordMeta::GetName(0x04000001), "");
+  std::string ofRecords;
+  for (const unsigned int key : {0x01000001U, 0x01000002U, 0x01000003U, 0x04000001U})
+    ofRecords += QZRecordMeta::GetName(key) + ' ';
+  EXPECT_EQ(ofRecords, "Flags.ID Flags.Annotation Flags.IsSchema  ");
   EXPECT_EQ(QZMeta::GetValue("Units::Mass::Da"), 0x08050006U);
   EXPECT_EQ(QZMeta::GetValue("Units::Mass.Da"), 0x08050006U);
   for (const char* name : {"", "Units.Mass", "units.mass.da", "Units:Mass:Da"}) EXPECT_EQ(QZMeta::GetValue(name), 0U);

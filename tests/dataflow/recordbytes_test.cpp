@@ -111,6 +111,21 @@ TEST(RecordBytes, CutAnywhereItIsRefused) {
   EXPECT_EQ(record.ToBytes(), whole);
 }
 
+TEST(RecordBytes, AnyFlippedByteReadsAsThePlainMapsDo) {
+  const Bytes whole = FromHex(ExampleText());
+  QZRecord record;
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const unsigned int flip : {0x01u, 0x02u, 0x10u, 0x80u, 0xFFu}) {
+      Bytes bytes = whole;
+      bytes[at] = static_cast<unsigned char>(bytes[at] ^ flip);
+      RecordModel model;
+      ASSERT_TRUE(record.FromBytes(whole));
+      EXPECT_EQ(record.FromBytes(bytes), model.FromBytes(bytes)) << at << ' ' << flip;
+      EXPECT_EQ(Hex(record.ToBytes()), Hex(model.ToBytes())) << at << ' ' << flip;
+    }
+  }
+}
+
 TEST(RecordBytes, VersionsAreNumbersOrRefused) {
   const auto reads = [](const char* version) {
     QZWriteBuffer section("version"), out("record.v1");
