@@ -11,13 +11,6 @@ class Superpose : public ToolRun {
     write("a.csv", "name,x,y,z\no,0,0,0\np,1,0,0\nq,0,2,0\nr,0,0,3.5\n");
     write("b.csv", "name,x,y,z\no,1,2,3\np,1,3,3\nq,-1,2,3\nr,1,2,6.5\n");
   }
-
-  void expectMessage(const std::string& command, const std::string& message) const {
-    const Outcome outcome = run(command);
-    EXPECT_EQ(outcome.status, 1) << command;
-    EXPECT_EQ(outcome.messages, "Fatal: " + message + "\n") << command;
-    EXPECT_EQ(outcome.out, "") << command;
-  }
 };
 
 TEST_F(Superpose, TellsTheMotion) {
@@ -76,24 +69,28 @@ TEST_F(Superpose, WeighsPairs) {
 }
 
 TEST_F(Superpose, SaysWhatIsWrong) {
-  write("two.csv", "x,y,z\n1,2,3\n4,5,6\n");
-  write("one.csv", "x,y,z\n1,2,3\n");
-  write("none.csv", "x,y,z\n");
-  write("text.csv", "x,y,z\n1,2,3\n4,here,6\n");
-  write("empty.csv", "x,y,z\n1,2,3\n4,,6\n");
-  write("inf.csv", "x,y,z\n1,2,inf\n");
-  write("flat.csv", "x,y\n1,2\n");
-  write("minus.csv", "x,y,z,weight\n1,2,3,-1\n");
-  expectMessage("qzsuperpose one.csv two.csv",
-                "one.csv has 1 point, two.csv has 2 points: each point needs its partner");
-  expectMessage("qzsuperpose none.csv none.csv", "none.csv has 0 points; there is nothing to superpose");
-  expectMessage("qzsuperpose two.csv text.csv", "text.csv: line 3 (record 2), column y: 'here' is no number");
-  expectMessage("qzsuperpose two.csv empty.csv", "empty.csv: line 3 (record 2), column y: '' is no number");
-  expectMessage("qzsuperpose inf.csv one.csv", "inf.csv: line 2 (record 1), column z: inf is not finite");
-  expectMessage("qzsuperpose flat.csv one.csv", "flat.csv: line 2 (record 1): no field z");
-  expectMessage("qzsuperpose minus.csv one.csv", "minus.csv: line 2 (record 1), column weight: -1 is below 0");
-  expectMessage("qzsuperpose - -", "Standard input can be one of the files only");
-  expectMessage("qzsuperpose a.csv -methd", "-methd is neither an option nor a file; did you mean -method?");
+  const std::pair<const char*, const char*> files[] = {{"two.csv", "x,y,z\n1,2,3\n4,5,6\n"},
+                                                       {"one.csv", "x,y,z\n1,2,3\n"},
+                                                       {"none.csv", "x,y,z\n"},
+                                                       {"text.csv", "x,y,z\n1,2,3\n4,here,6\n"},
+                                                       {"empty.csv", "x,y,z\n1,2,3\n4,,6\n"},
+                                                       {"inf.csv", "x,y,z\n1,2,inf\n"},
+                                                       {"flat.csv", "x,y\n1,2\n"},
+                                                       {"minus.csv", "x,y,z,weight\n1,2,3,-1\n"}};
+  for (const auto& [name, content] : files) write(name, content);
+  const std::pair<const char*, const char*> cases[] = {
+      {"one.csv two.csv", "one.csv has 1 point, two.csv has 2 points: each point needs its partner"},
+      {"none.csv none.csv", "none.csv has 0 points; there is nothing to superpose"},
+      {"two.csv text.csv", "text.csv: line 3 (record 2), column y: 'here' is no number"},
+      {"two.csv empty.csv", "empty.csv: line 3 (record 2), column y: '' is no number"},
+      {"inf.csv one.csv", "inf.csv: line 2 (record 1), column z: inf is not finite"},
+      {"flat.csv one.csv", "flat.csv: line 2 (record 1): no field z"},
+      {"minus.csv one.csv", "minus.csv: line 2 (record 1), column weight: -1 is below 0"},
+      {"- -", "Standard input can be one of the files only"},
+      {"a.csv -methd", "-methd is neither an option nor a file; did you mean -method?"},
+  };
+  for (const auto& [arguments, message] : cases)
+    EXPECT_EQ(refusal(std::string("qzsuperpose ") + arguments), std::string("Fatal: ") + message + "\n");
 }
 
 }  // namespace

