@@ -14,6 +14,7 @@
 #include "tests/system/cli/messages.h"
 #include "tests/system/json/deepdata.h"
 #include "tests/system/json/describe.h"
+#include "tests/system/qzb/smallstack.h"
 
 namespace QZSystem {
 namespace {

@@ -7,11 +7,11 @@
 
 namespace QZSystem {
 
-// A sanitizer puts red zones into the frames.
+// The address sanitizer's frames are several times as large as they are without it.
 #if defined(__SANITIZE_ADDRESS__)
-inline constexpr std::size_t smallStack = 1024 * 1024;
+inline constexpr std::size_t smallStack = 4 * 1024 * 1024;
 #elif defined(__has_feature)
-inline constexpr std::size_t smallStack = __has_feature(address_sanitizer) ? 1024 * 1024 : 256 * 1024;
+inline constexpr std::size_t smallStack = __has_feature(address_sanitizer) ? 4 * 1024 * 1024 : 256 * 1024;
 #else
 inline constexpr std::size_t smallStack = 256 * 1024;
 #endif
