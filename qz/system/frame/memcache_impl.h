@@ -35,7 +35,7 @@ class SpinLock {
 template <unsigned long N, unsigned long M>
 class FreeBlocks {
  public:
-  FreeBlocks() { Chain(slots[0]); }
+  FreeBlocks() { Chain(slots); }
   FreeBlocks(const FreeBlocks&) = delete;
   FreeBlocks& operator=(const FreeBlocks&) = delete;
 
@@ -60,7 +60,7 @@ class FreeBlocks {
 
   [[nodiscard]] bool IsInPlace(const void* block) const {
     const std::less<const void*> before;
-    return !before(block, slots[0]) && before(block, slots[0] + M * N);
+    return !before(block, slots) && before(block, slots + M * N);
   }
 
   [[nodiscard]] void** Head() { return &head; }
@@ -72,7 +72,7 @@ class FreeBlocks {
     for (unsigned long n = M; n-- > 0;) Give(first + n * N);
   }
 
-  alignas(void*) unsigned char slots[M][N];
+  alignas(void*) unsigned char slots[M * N];
   void* head = nullptr;
   std::vector<std::unique_ptr<unsigned char[]>> chunks;
 };

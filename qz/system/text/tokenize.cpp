@@ -54,8 +54,11 @@ class Cutter {
  public:
   Cutter(std::string_view text, bool skip, Take& sink) : start(text.data()), skipEmpty(skip), take(sink) {}
   void operator()(const char* delimiter) {
-    if (delimiter != start || !skipEmpty) take(start, static_cast<std::size_t>(delimiter - start));
+    TakeUpTo(delimiter);
     start = delimiter + 1;
+  }
+  void TakeUpTo(const char* end) {
+    if (end != start || !skipEmpty) take(start, static_cast<std::size_t>(end - start));
   }
 
  private:
@@ -118,7 +121,7 @@ void split(std::string_view text, std::string_view delims, bool skipEmpty, Take&
     const SeveralDelimiters find{ByteSet(delims)};
     for (const char* p = find(text.data(), end); p != end; p = find(p + 1, end)) cut(p);
   }
-  cut(end);
+  cut.TakeUpTo(end);
 }
 
 // Puts tokens into the elements that a vector already holds, and keeps their storage.
@@ -228,7 +231,7 @@ bool QZStringTokenizeQuoted(std::vector<std::string>& tokens, const std::string&
   const QuotedDelimiters find{ByteSet(delims), ByteSet(quotes)};
   const char* const end = text.data() + text.size();
   for (const char* p = find(text.data(), end); p != end; p = find(p + 1, end)) cut(p);
-  cut(end);
+  cut.TakeUpTo(end);
   take.Finish();
   return true;
 }

@@ -32,13 +32,18 @@ std::atomic<long> allocations{0};
 std::atomic<long> live{0};
 std::atomic<bool> refuses{false};
 
-void* Allocate(std::size_t size) {
+void* AllocateOrNull(std::size_t size) {
   void* const block = refuses ? nullptr : std::malloc(size);
-  if (!block) throw std::bad_alloc();
+  if (!block) return nullptr;
   lastSize = size;
   ++allocations;
   ++live;
   return block;
+}
+
+void* Allocate(std::size_t size) {
+  if (void* const block = AllocateOrNull(size)) return block;
+  throw std::bad_alloc();
 }
 
 void Free(void* block) {
@@ -51,6 +56,7 @@ void Free(void* block) {
 // Not inlined, so that the compiler takes them for the pair that they are.
 [[gnu::noinline]] void* operator new(std::size_t size) { return Allocate(size); }
 [[gnu::noinline]] void* operator new[](std::size_t size) { return Allocate(size); }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return AllocateOrNull(size); }
 [[gnu::noinline]] void operator delete(void* block) noexcept { Free(block); }
 [[gnu::noinline]] void operator delete[](void* block) noexcept { Free(block); }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { Free(block); }
