@@ -4,7 +4,8 @@
   tools.py TOOLS OUT [ROWS]
 
 TOOLS is the folder of the programs, OUT a folder for the files (some 700 MB). Each pair of commands does the same work on
-the same table, on CSV and on JSON lines; the commands of a pair take turns, and the median of five runs counts.
+the same table, on CSV and on JSON lines; the commands of a pair take turns, and the median of five runs counts. Then
+qzfilter with two threads beside one.
 """
 import os, shutil, statistics, sys, time
 
@@ -48,8 +49,8 @@ def compare(job, pair):
         line.append("%.2f s" % statistics.median(t for t, _ in taken[name]))
         line.append("%.0f MB" % max(m for _, m in taken[name]))
     if len(pair) == 2:
-        ours, peer = (statistics.median(t for t, _ in taken[name]) for name in pair)
-        line.append("%.2f" % (ours / peer))
+        first, second = (statistics.median(t for t, _ in taken[name]) for name in pair)
+        line.append("%.2f" % (first / second))
     else:
         line += ["", "", ""]
     print("| " + " | ".join(line) + " |", flush=True)
@@ -89,3 +90,9 @@ for job, ours in [
     ("filter binary", f"{filter_} {quiet} -where '{condition}' {binary} {out}/o1.qzr"),
 ]:
     compare(job, {"ours": ours})
+
+print("\n| job, %d rows | 2 threads | memory | 1 thread | memory | ratio |" % rows)
+print("|---|---|---|---|---|---|")
+for job, form, source in [("filter csv", "csv", table), ("filter json lines", "json", lines), ("filter binary", "binary", binary)]:
+    threads = f"{filter_} {quiet} -where '{condition}' -outformat {form} -threads %d {source} - > {out}/o1"
+    compare(job, {"2 threads": threads % 2, "1 thread": threads % 1})
