@@ -7,14 +7,16 @@
 
 namespace QZSystem {
 
-// The address sanitizer's frames are several times as large as they are without it.
-#if defined(__SANITIZE_ADDRESS__)
-inline constexpr std::size_t smallStack = 4 * 1024 * 1024;
+// Under a sanitizer the frames are several times as large, and its own data of a thread stand on the stack.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool isSanitized = true;
 #elif defined(__has_feature)
-inline constexpr std::size_t smallStack = __has_feature(address_sanitizer) ? 4 * 1024 * 1024 : 256 * 1024;
+inline constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
-inline constexpr std::size_t smallStack = 256 * 1024;
+inline constexpr bool isSanitized = false;
 #endif
+
+inline constexpr std::size_t smallStack = isSanitized ? 4 * 1024 * 1024 : 256 * 1024;
 
 /// Runs the function on a thread with a stack of 256 KiB.
 template <class Function>
