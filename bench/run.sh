@@ -30,7 +30,9 @@ chosen() {
   return 1
 }
 rm -f "$OUT"/json/*.json
-for program in "$OUT"/peers_w* "$OUT"/ours_w*; do
+# Each workload's peers right before ours: a machine changes its pace.
+mapfile -t programs < <(printf '%s\n' "$OUT"/peers_w* "$OUT"/ours_w* | sed 's/.*_\(w[0-9]*\)_/\1 &/' | sort -k1,1 -k2,2r)
+for program in "${programs[@]#* }"; do
   name=$(basename "$program")
   [ -x "$program" ] || continue
   chosen "$name" "$@" || continue

@@ -69,8 +69,9 @@ double QZGaussianRNG::operator()(QZRanNumEngine& engine) {
     hasCached = false;
     return cached * sigma + mean;
   }
+  const double drawn = drawPair(engine);
   hasCached = true;
-  return drawPair(engine) * sigma + mean;
+  return drawn * sigma + mean;
 }
 
 // The second of the pair stays in `cached`.

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <functional>
 #include <map>
+#include <stdexcept>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -111,6 +112,8 @@ TEST(Gaussian, KeepsTheSecondOfAPair) {
   // u = v = 1 is outside the circle, u = v = 0 its center; the pair that counts is u = 0, v = -0.5.
   Scripted engine({1, 1, 0.5, 0.5, 0.5, 0.25});
   QZGaussianRNG draw(0, 1);
+  Scripted broken({1});
+  EXPECT_THROW(draw(broken), std::out_of_range) << "which leaves no second one";
   EXPECT_DOUBLE_EQ(draw(engine), -0.5 * std::sqrt(-2 * std::log(0.25) / 0.25));
   EXPECT_TRUE(engine.IsUsedUp());
   QZGaussianRNG copy = draw;

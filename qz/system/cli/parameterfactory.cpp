@@ -1,5 +1,8 @@
 #include "qz/system/cli/parameterfactory.h"
 
+#include <atomic>
+#include <cstdlib>
+
 #include "qz/system/cli/parameter_concrete.h"
 #include "qz/system/frame/theonly_impl.h"
 
@@ -33,6 +36,15 @@ struct StandardFactory : ParameterFactory {
 
 }  // namespace
 
-ParameterFactory& QZParameterFactory() { return TheOnly<StandardFactory>(); }
+// The factory stays, so that a thread or a destructor that comes later finds an empty one and no ruin; its workers go
+// at exit. A static of the language, which would do that too, has the child of a fork at that moment wait for ever.
+ParameterFactory& QZParameterFactory() {
+  static std::atomic<bool> ends{false};
+  ParameterFactory& factory = TheOnly<StandardFactory>();
+  if (!ends.load(std::memory_order_relaxed) && !ends.exchange(true)) {
+    std::atexit([] { TheOnly<StandardFactory>().Clear(); });
+  }
+  return factory;
+}
 
 }  // namespace QZSystem

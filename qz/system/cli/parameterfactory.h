@@ -114,8 +114,8 @@ void QZSimpleFactory<Key, T>::Clear() {
 extern template class QZSimpleFactory<std::string, QZParameter>;
 
 /// The factory of all kinds of parameter, one for the process, made and filled at first use: "file", "param_file",
-/// "string", "double", "float", "bool", "int", "unsigned", "const" and "stringEx". It never goes: destructors and
-/// threads may use it while the process ends. Safe from any thread, and sound in a process that was forked at any time.
+/// "string", "double", "float", "bool", "int", "unsigned", "const" and "stringEx". Its workers are deleted at exit;
+/// who asks later finds every word unknown. Safe from any thread, and sound in a process that was forked at any time.
 QZSimpleFactory<std::string, QZParameter>& QZParameterFactory();
 
 }  // namespace QZSystem

@@ -246,7 +246,8 @@ bool ObjectWriter::MakeKey(unsigned int tag) {
 }
 
 void ObjectWriter::WriteKey() {
-  if (knownKey && knownKey->quotedSize != 0) {
+  // A message about a value before this one may have written another document, and learned another name in its place.
+  if (knownKey && knownKey->text == key.data() && knownKey->quotedSize != 0) {
     RawWriter::Quoted(output.writer, knownKey->quoted, knownKey->quotedSize);
   } else {
     RawWriter::String(output.writer, key);

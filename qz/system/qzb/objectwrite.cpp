@@ -9,6 +9,7 @@
 
 #include "qz/system/data/tagfacts_impl.h"
 #include "qz/system/frame/error.h"
+#include "qz/system/frame/theonly_impl.h"
 #include "qz/system/qzb/item_impl.h"
 #include "qz/system/qzb/nesting_impl.h"
 #include "qz/system/qzb/objectstream.h"
@@ -96,10 +97,7 @@ class FormTable {
   std::array<Slot, 64> slots;
 };
 
-const FormTable& forms() {
-  static const FormTable table;
-  return table;
-}
+const FormTable& forms() { return TheOnly<FormTable>(); }
 
 // A name, and in front of it what its tag begins with: an entry begins with a copy of it.
 struct alignas(64) KnownName {
@@ -155,13 +153,14 @@ Outcome addHandled(QZBEntryWriter& item, std::string_view name, const QZBaseData
 
 }  // namespace
 
-// An object item that is being collected, an outermost one at first in memory of the thread. The usual entries, a
-// number or a short text under a name that is known, take one step without a call, and the place that they go to stays
-// in a register from one to the next. One thread at a time.
+// An object item that is being collected. The usual entries, a number or a short text under a name that is known, take
+// one step without a call, and the place that they go to stays in a register from one to the next. One thread at a
+// time.
 class ObjectItem {
  public:
-  explicit ObjectItem(bool isOutermost)
-      : item(isOutermost ? QZBEntryWriter(memory, sizeof memory) : QZBEntryWriter()) {}
+  ObjectItem() = default;
+  // Collects the entries in this memory as long as they fit.
+  ObjectItem(char* memory, unsigned long size) : item(memory, size) {}
 
   // False if nothing of the object is to be written.
   bool Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler);
@@ -177,12 +176,8 @@ class ObjectItem {
   template <class T>
   static char* PutNumber(char* to, unsigned char type, const QZBaseData& value);
 
-  static thread_local char memory[2048];
-
   QZBEntryWriter item;
 };
-
-thread_local char ObjectItem::memory[2048];
 
 bool ObjectItem::Add(const std::vector<QZBaseData*>& values, const QZBinaryIOHandlerBase& handler) {
   char* to = item.at;
@@ -236,6 +231,14 @@ inline char* ObjectItem::PutNumber(char* to, unsigned char type, const QZBaseDat
   return to + 1 + sizeof(T);
 }
 
+// Kept apart: only the outermost object has so large a frame.
+[[gnu::noinline]] static bool writeOutermost(qzostream& out, const std::vector<QZBaseData*>& values,
+                                             const std::string& tag, const QZBinaryIOHandlerBase& handler) {
+  char memory[2048];
+  ObjectItem item(memory, sizeof memory);
+  return item.Add(values, handler) && item.Write(out, tag);
+}
+
 bool QZBWriteQZBase(qzostream& out, const QZBase& object, const std::string& tag,
                     const QZBinaryIOHandlerBase& handler) {
   const std::vector<QZBaseData*>* const values = QZBaseImpl::DataOf(object);
@@ -244,14 +247,13 @@ bool QZBWriteQZBase(qzostream& out, const QZBase& object, const std::string& tag
   if (level.IsOutermost()) WritingIsTooDeep() = false;
   if (!level.IsAllowed()) WritingIsTooDeep() = true;
   if (WritingIsTooDeep()) return false;
-  ObjectItem item(level.IsOutermost());
+  if (level.IsOutermost()) return writeOutermost(out, *values, tag, handler);
+  ObjectItem item;
   return item.Add(*values, handler) && item.Write(out, tag);
 }
 
-// Never destroyed: static objects may be written by their destructors.
 bool QZBWritePOD(qzostream& out, const QZBase& object, const std::string& tag) {
-  static const QZBinaryIOHandler& handler = *new QZBinaryIOHandler;
-  return QZBWriteQZBase(out, object, tag, handler);
+  return QZBWriteQZBase(out, object, tag, TheOnly<QZBinaryIOHandler>());
 }
 
 }  // namespace QZSystem

@@ -38,7 +38,8 @@ double Share(double lo, double t, double hi) {
 
 /// The first of the stops that isn't below the value, or the end. It halves what is left without a branch, which no
 /// processor could foresee (Khuong and Morin 2017, Array layouts for comparison-based searching), and of the last few
-/// counts those below, since a count needn't wait for the comparison before.
+/// looks at all, since none of these comparisons waits for another. A stop that isn't a number, which a gradient of two
+/// may begin with, counts with those below.
 const QZColorStop* FirstNotBelow(const std::vector<QZColorStop>& stops, double value) {
   constexpr std::size_t few = 8;
   const QZColorStop* at = stops.data();
@@ -50,7 +51,7 @@ const QZColorStop* FirstNotBelow(const std::vector<QZColorStop>& stops, double v
     left -= half;
   }
   std::size_t below = 0;
-  for (std::size_t i = 0; i < left; ++i) below += IsBelow(at[i], value) ? 1U : 0U;
+  for (std::size_t i = 0; i < left; ++i) below = IsBelow(at[i], value) ? i + 1 : below;
   return at + below;
 }
 

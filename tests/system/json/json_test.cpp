@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "qz/system/data/container.h"
+#include "qz/system/frame/errorimpl.h"
 #include "qz/system/json/parse.h"
 #include "tests/system/cli/messages.h"
 #include "tests/system/json/deepdata.h"
@@ -123,6 +124,32 @@ TEST(GenericJSON, DropsWhatHasNoForm) {
     EXPECT_EQ(Written(Values(name, 1)), "") << name;
   }
   EXPECT_EQ(Written(Values("QZBased", 1)), R"("QZBased":1,"qzhint":{"QZBased":"i"})");
+}
+
+// Notes each message as a document.
+class DocumentLog : public QZErrorHandlerImplBase {
+ public:
+  void Msg(unsigned int, const std::string& text) override {
+    QZContainer entry;
+    entry.SetData("logged", text);
+    static_cast<void>(QZBaseToJSON(entry));
+  }
+  QZErrorHandlerImplBase* CreateCopy() const override { return new DocumentLog(*this); }
+};
+
+TEST(GenericJSON, AMessageMayBecomeADocumentWhileAnotherIsWritten) {
+  // What is known of a name is kept for the first few thousand.
+  QZContainer many;
+  for (int i = 0; i < 5000; ++i) many.SetData("many " + std::to_string(i), i);
+  static_cast<void>(QZBaseToJSON(many));
+  QZContainer base;
+  base.AddData("late", static_cast<const char*>("text"));  // has no form, and so a message
+  base.AddData("late", 7);
+  QZErrorHandlerImplBase* const before = QZThrow.GetHandlerImpl()->CreateCopy();
+  QZThrow.SetHandlerImpl(new DocumentLog, true);
+  const std::string text = QZBaseToJSON(base);
+  QZThrow.SetHandlerImpl(before, true);
+  EXPECT_EQ(text, R"({"type":"container","version":"0.91","late":7,"qzhint":{"late":"i"}})");
 }
 
 TEST(GenericJSON, ValuesOfSeveralTypesStandInOneArray) {

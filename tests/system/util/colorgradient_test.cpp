@@ -95,6 +95,9 @@ TEST(ColorGradient, ValuesFarApartStayInBounds) {
   EXPECT_EQ(QZLinearColorGradient(black, QZColorStop(infinity, QZRed)).GetColorAt(5), QZBlack);
   QZLinearColorGradient odd(QZColorStop(std::nan(""), QZRed), QZColorStop(5, QZBlue));
   EXPECT_EQ(odd.GetColorAt(7), QZWhite);
+  QZLinearColorGradient grown(QZColorStop(5, QZBlack), QZColorStop(std::nan(""), QZRed));
+  EXPECT_TRUE(grown.AddStop(QZColorStop(9, QZWhite)));
+  EXPECT_EQ(grown.GetColorAt(7), QZColor(127, 127, 127));
 }
 
 TEST(ColorGradient, TransformsAreOddAndRise) {
