@@ -140,7 +140,7 @@ class DocumentLog : public QZErrorHandlerImplBase {
 TEST(GenericJSON, AMessageMayBecomeADocumentWhileAnotherIsWritten) {
   // What is known of a name is kept for the first few thousand.
   QZContainer many;
-  for (int i = 0; i < 5000; ++i) many.SetData("many " + std::to_string(i), i);
+  for (int i = 0; i < 5000; ++i) many.SetData(("many " + std::to_string(i)).c_str(), i);
   static_cast<void>(QZBaseToJSON(many));
   QZContainer base;
   base.AddData("late", static_cast<const char*>("text"));  // has no form, and so a message
