@@ -32,11 +32,13 @@ std::string withoutIndents(const std::string& text) {
   return all;
 }
 
-// A category of a name that is known anywhere below is continued there, which depends on what was read before.
-bool haveNamesOfTheirOwn(const QZInterface& itf) {
+// A category of a name that is known anywhere below is continued there, which depends on what was read before; a name
+// that holds quotes comes back with those around it.
+bool haveNamesThatComeBack(const QZInterface& itf) {
   std::set<std::string> names;
   for (const QZInterface& category : QZIter(itf.GetInterfaces(true))) {
-    if (!names.insert(category.GetName()).second) return false;
+    const std::string name = category.GetName();
+    if (name.find('"') != std::string::npos || !names.insert(name).second) return false;
   }
   return true;
 }
@@ -58,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   configure(second, first);
   const std::string again = written(second);
   configure(third, again);
-  if (haveNamesOfTheirOwn(second)) Require(withoutIndents(written(third)) == withoutIndents(again));
+  if (haveNamesThatComeBack(second)) Require(withoutIndents(written(third)) == withoutIndents(again));
   Require(written(QZInterface(second)) == again);
 
   qzosstream out;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # fuzz/run.sh BUILD [NAME] [SECONDS]: fuzzes every target of a build folder (or one) from its kept inputs, each with
-# 300,000 executions or, where SECONDS is given, for that long. What crashes is left in BUILD/crashes.
+# 300,000 executions or, where SECONDS is given, for that long. RUNS and SEED in the environment set another number of
+# executions, and one seed so that two runs try the same inputs. What crashes is left in BUILD/crashes.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 name=${2:-}
@@ -10,7 +11,7 @@ mkdir -p "$build/crashes"
 pids=()
 names=()
 run_target() {
-  local target=$1 grown limit=(-runs=300000)
+  local target=$1 grown limit=("-runs=${RUNS:-300000}" "-seed=${SEED:-0}")
   grown=$(mktemp -d "$build/grown-$target-XXXX")
   [ -z "$seconds" ] || limit=("-max_total_time=$seconds")
   local dictionary=()
