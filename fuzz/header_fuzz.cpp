@@ -6,30 +6,11 @@
 #include "fuzz/fuzzing.h"
 #include "qz/system/frame/iterowner.h"
 #include "qz/system/objects/qzheader.h"
-#include "qz/system/qzb/qzbrfxn.h"
-#include "qz/system/qzb/qzbwfxn.h"
+#include "tests/system/qzb/containers.h"
 
 using namespace QZSystem;
 
 namespace {
-
-class WriteHeader : public QZWriteFxn<QZHeader> {
- public:
-  const char* GetTag() const override { return "QZBasePOD"; }
-  const void* GetType() const override { return QZGetDataType<QZHeader>(); }
-  WriteHeader* CreateCopy() const override { return new WriteHeader(*this); }
-  bool operator()(qzostream& out, const QZHeader& header, const QZBinaryIOHandlerBase& handler) const override {
-    return QZBWriteQZBase(out, header, GetTag(), handler);
-  }
-};
-
-QZBinaryIOHandler headerHandler() {
-  QZBinaryIOHandler handler;
-  handler.SetReadFxn(QZBasePODReadFxn<QZHeader>(), false);
-  handler.SetWriteFxn(WriteHeader(), false);
-  QZInstallGenericDataHandler<QZHeader>(handler, "Run");
-  return handler;
-}
 
 std::vector<QZHeader> historyOf(const QZHeader& header) {
   std::vector<QZHeader> runs;
@@ -83,7 +64,7 @@ void goThroughStream(const QZHeader& header, const QZBinaryIOHandler& handler) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   SwallowMessages();
-  static const QZBinaryIOHandler handler = headerHandler();
+  static const QZBinaryIOHandler handler = PODHandler<QZHeader>("Run");
   BytesStream in(data, size);
   QZHeader header;
   while (QZBinaryRead(in, header, handler) == QZBReturn::Success) {
